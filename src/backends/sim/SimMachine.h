@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "platform/AVServices.h"
+#include "platform/Backlight.h"
+#include "platform/DisplayServer.h"
+#include "platform/Power.h"
+#include "platform/Scheduler.h"
+#include "platform/VirtualDisplays.h"
+#include "sim/World.h"
+
+namespace lumora::sim {
+
+// One byte-level transfer on a simulated monitor's I2C channel, as the monitor saw it.
+struct WireEvent {
+    enum class Kind { write, read };
+    double time = 0;  // scheduler uptime of the transfer
+    DisplayID display = 0;
+    Kind kind = Kind::write;
+    std::uint8_t chip = 0;
+    std::uint8_t dataAddress = 0;
+    std::vector<std::uint8_t> bytes;  // written bytes, or the bytes handed back by a read
+    std::int32_t status = 0;
+};
+
+// A complete simulated machine behind the platform ports. All state sits behind one lock, so
+// the DDC queue's thread and the main thread may use it at once.
+class SimMachine {
+public:
+    SimMachine(World world, Scheduler& scheduler);
+    ~SimMachine();
+    SimMachine(const SimMachine&) = delete;
+    SimMachine& operator=(const SimMachine&) = delete;
+
+    DisplayServer& displayServer();
+    Backlight& backlight();
+    AVServices& avServices();
+    VirtualDisplays& virtualDisplays();
+    Power& power();
+
+    // The hardware state as the state file shows it.
+    [[nodiscard]] nlohmann::json state() const;
+    // When set, the state file is rewritten after every hardware change (pretty, keys sorted).
+    void setStateFile(std::filesystem::path file);
+    void writeStateFile() const;
+
+    // Scripted hardware changes, delivered through the same reconfiguration events that real
+    // hardware gives (begin flag first, then the change with add/remove flags).
+    void setOnline(DisplayID id, bool online);  // plug in / unplug
+    void setAsleep(DisplayID id, bool asleep);
+    void setPointer(Point location);
+    // Moves the world to `next`: plugs, unplugs, pointer, lid angle.
+    void applyWorld(const World& next);
+
+    // What went over the DDC/CI wires, oldest first.
+    [[nodiscard]] std::vector<WireEvent> wire() const;
+    void clearWire();
+
+    // The gamma table a display now shows; nothing while it shows its profile.
+    [[nodiscard]] std::optional<GammaTable> gamma(DisplayID id) const;
+
+    struct Impl;
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace lumora::sim

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/Types.h"
+
+namespace lumora::sim {
+
+// The simulated world, as read from a world file (see docs/simulated-world.md).
+
+struct WorldMode {
+    std::int32_t id = 0;
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+    std::int64_t pixelWidth = 0;
+    std::int64_t pixelHeight = 0;
+    double refresh = 0;
+    bool usable = true;
+};
+
+struct WorldDdc {
+    bool answers = true;  // false: DDC/CI switched off in the monitor's menu, reads fail
+    bool edid = true;  // false: EDID reads fail
+    int failFirst = 0;  // the first N read attempts of each request fail
+    // code -> (current, maximum); default brightness/contrast/volume 50/75/30 of 100
+    std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp;
+};
+
+struct WorldDisplay {
+    DisplayID id = 0;
+    std::optional<std::string> name;  // the screen's localized name; absent = none
+    bool builtin = false;
+    std::uint32_t vendor = 0;
+    std::uint32_t model = 0;
+    std::uint32_t serial = 0;
+    bool online = true;  // plugged in
+    bool asleep = false;
+    std::optional<Point> origin;  // absent: placed to the right of the previous display
+    int rotation = 0;
+    Size sizeMM;
+    std::vector<WorldMode> modes;
+    std::optional<std::int32_t> mode;  // absent: the first mode
+    double backlight = 0.5;  // built-in only
+    std::optional<WorldDdc> ddc;
+};
+
+struct WorldLid {
+    bool sensor = true;  // false: no sensor manager at all
+    bool device = true;  // false: a manager but no sensor device
+    std::int64_t angle = 110;
+};
+
+struct World {
+    std::optional<DisplayID> main;  // placed at (0,0) on load; default the first online display
+    std::optional<Point> cursor;  // default: centre of the main display
+    std::optional<WorldLid> lid;  // default: a sensor at 110° when a built-in display exists
+    bool virtualDisplays = true;
+    bool disconnect = true;
+    bool backlightControl = true;
+    bool accessibility = true;
+    std::vector<WorldDisplay> displays;
+};
+
+// Parsing never throws: either a world or one line saying what is wrong.
+struct WorldResult {
+    std::optional<World> world;
+    std::string error;
+};
+
+WorldResult parseWorld(std::string_view jsonText);
+// The error line names the file.
+WorldResult loadWorldFile(const std::filesystem::path& file);
+// A laptop with its panel, one DDC monitor and one monitor without DDC.
+World defaultWorld();
+
+}  // namespace lumora::sim
