@@ -31,8 +31,21 @@ struct WireEvent {
 
 // A complete simulated machine behind the platform ports. All state sits behind one lock, so
 // the DDC queue's thread and the main thread may use it at once.
+//
+// How it behaves where real display servers leave room:
+// - The online list holds the displays that are plugged in and enabled. The main display is
+//   the online display at (0,0) (one that mirrors another only when no other is there), else
+//   the first online one. A display that mirrors another has no screen of its own.
+// - A configuration refuses an unknown display or mode when the change is queued
+//   (status 1001); complete() then applies everything queued at once and returns 0.
+// - Every change of the arrangement announces each affected display with kReconfigBegin,
+//   then, once all begins are out, with its change flags: kReconfigAdd when it came online,
+//   kReconfigRemove when it left, 0 for a new mode, origin or mirroring. Handlers run on the
+//   changing thread, after the lock is released.
+// - Channels, virtual display handles and child processes may outlive the machine; they then
+//   fail quietly. Handlers are called only while the machine exists.
 class SimMachine {
-public:
+  public:
     SimMachine(World world, Scheduler& scheduler);
     ~SimMachine();
     SimMachine(const SimMachine&) = delete;
@@ -55,7 +68,8 @@ public:
     void setOnline(DisplayID id, bool online);  // plug in / unplug
     void setAsleep(DisplayID id, bool asleep);
     void setPointer(Point location);
-    // Moves the world to `next`: plugs, unplugs, pointer, lid angle.
+    // Moves the world to `next`: plugs, unplugs, pointer, lid angle. A display new to the
+    // machine is plugged in; a physical display missing from `next` is unplugged.
     void applyWorld(const World& next);
 
     // What went over the DDC/CI wires, oldest first.
@@ -67,7 +81,7 @@ public:
 
     struct Impl;
 
-private:
+  private:
     std::unique_ptr<Impl> impl_;
 };
 

@@ -13,7 +13,8 @@
 
 namespace lumora::sim {
 
-// The simulated world, as read from a world file (see docs/simulated-world.md).
+// The simulated world, as read from a world file (see docs/simulated-world.md). A parsed or
+// default world comes back resolved: every default filled in, `main` at (0,0).
 
 struct WorldMode {
     std::int32_t id = 0;
@@ -23,14 +24,17 @@ struct WorldMode {
     std::int64_t pixelHeight = 0;
     double refresh = 0;
     bool usable = true;
+    friend bool operator==(const WorldMode&, const WorldMode&) = default;
 };
 
 struct WorldDdc {
     bool answers = true;  // false: DDC/CI switched off in the monitor's menu, reads fail
-    bool edid = true;  // false: EDID reads fail
-    int failFirst = 0;  // the first N read attempts of each request fail
+    bool edid = true;     // false: EDID reads fail
+    int failFirst = 0;    // the first N read attempts of each request fail
     // code -> (current, maximum); default brightness/contrast/volume 50/75/30 of 100
-    std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp;
+    std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp{
+        {0x10, {50, 100}}, {0x12, {75, 100}}, {0x62, {30, 100}}};
+    friend bool operator==(const WorldDdc&, const WorldDdc&) = default;
 };
 
 struct WorldDisplay {
@@ -47,25 +51,28 @@ struct WorldDisplay {
     Size sizeMM;
     std::vector<WorldMode> modes;
     std::optional<std::int32_t> mode;  // absent: the first mode
-    double backlight = 0.5;  // built-in only
+    double backlight = 0.5;            // built-in only
     std::optional<WorldDdc> ddc;
+    friend bool operator==(const WorldDisplay&, const WorldDisplay&) = default;
 };
 
 struct WorldLid {
     bool sensor = true;  // false: no sensor manager at all
     bool device = true;  // false: a manager but no sensor device
     std::int64_t angle = 110;
+    friend bool operator==(const WorldLid&, const WorldLid&) = default;
 };
 
 struct World {
     std::optional<DisplayID> main;  // placed at (0,0) on load; default the first online display
-    std::optional<Point> cursor;  // default: centre of the main display
-    std::optional<WorldLid> lid;  // default: a sensor at 110° when a built-in display exists
+    std::optional<Point> cursor;    // default: centre of the main display
+    std::optional<WorldLid> lid;    // default: a sensor at 110° when a built-in display exists
     bool virtualDisplays = true;
     bool disconnect = true;
     bool backlightControl = true;
     bool accessibility = true;
     std::vector<WorldDisplay> displays;
+    friend bool operator==(const World&, const World&) = default;
 };
 
 // Parsing never throws: either a world or one line saying what is wrong.

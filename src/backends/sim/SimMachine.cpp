@@ -1,0 +1,124 @@
+#include "sim/SimMachine.h"
+
+#include <algorithm>
+
+#include "sim/SimCore.h"
+#include "sim/SimPorts.h"
+#include "sim/WorldResolve.h"
+
+namespace lumora::sim {
+
+struct SimMachine::Impl {
+    Impl(World world, Scheduler& scheduler)
+        : core(std::make_shared<SimCore>(std::move(world), scheduler)),
+          displayServer(makeSimDisplayServer(core)),
+          backlight(makeSimBacklight(core)),
+          avServices(makeSimAVServices(core)),
+          virtualDisplays(makeSimVirtualDisplays(core)),
+          power(makeSimPower(core)) {}
+
+    std::shared_ptr<SimCore> core;
+    std::unique_ptr<DisplayServer> displayServer;
+    std::unique_ptr<Backlight> backlight;
+    std::unique_ptr<AVServices> avServices;
+    std::unique_ptr<VirtualDisplays> virtualDisplays;
+    std::unique_ptr<Power> power;
+};
+
+SimMachine::SimMachine(World world, Scheduler& scheduler)
+    : impl_(std::make_unique<Impl>(std::move(world), scheduler)) {}
+
+SimMachine::~SimMachine() = default;
+
+DisplayServer& SimMachine::displayServer() {
+    return *impl_->displayServer;
+}
+Backlight& SimMachine::backlight() {
+    return *impl_->backlight;
+}
+AVServices& SimMachine::avServices() {
+    return *impl_->avServices;
+}
+VirtualDisplays& SimMachine::virtualDisplays() {
+    return *impl_->virtualDisplays;
+}
+Power& SimMachine::power() {
+    return *impl_->power;
+}
+
+nlohmann::json SimMachine::state() const {
+    return impl_->core->state();
+}
+
+void SimMachine::setStateFile(std::filesystem::path file) {
+    impl_->core->setStateFile(std::move(file));
+}
+
+void SimMachine::writeStateFile() const {
+    impl_->core->writeStateFile();
+}
+
+void SimMachine::setOnline(DisplayID id, bool online) {
+    impl_->core->change([&](SimData& data) {
+        if (SimDisplay* d = data.find(id)) d->plugged = online;
+    });
+}
+
+void SimMachine::setAsleep(DisplayID id, bool asleep) {
+    impl_->core->update([&](SimData& data) {
+        if (SimDisplay* d = data.find(id)) d->asleep = asleep;
+        return false;
+    });
+}
+
+void SimMachine::setPointer(Point location) {
+    impl_->core->update([&](SimData& data) {
+        data.cursor = location;
+        return false;
+    });
+}
+
+void SimMachine::applyWorld(const World& nextWorld) {
+    World next = nextWorld;
+    resolveWorld(next);
+    impl_->core->change([&](SimData& data) {
+        // Plugs and unplugs. A display the machine has never seen is plugged in for the first
+        // time; a physical display missing from the new world has been unplugged.
+        for (const auto& wd : next.displays) {
+            if (SimDisplay* d = data.find(wd.id)) {
+                d->plugged = wd.online;
+            } else {
+                data.displays.push_back(makeSimDisplay(wd));
+            }
+        }
+        for (auto& d : data.displays) {
+            const bool listed = std::any_of(next.displays.begin(), next.displays.end(),
+                                            [&](const WorldDisplay& wd) { return wd.id == d.id; });
+            const bool ownVirtual = std::any_of(data.virtuals.begin(), data.virtuals.end(),
+                                                [&](const SimVirtual& v) { return v.id == d.id; });
+            if (!listed && !ownVirtual) d.plugged = false;
+        }
+        data.cursor = next.cursor.value_or(data.cursor);
+        // The lid angle joins here once the machine has a lid sensor.
+    });
+}
+
+std::vector<WireEvent> SimMachine::wire() const {
+    return impl_->core->read([](const SimData& data) { return data.wire; });
+}
+
+void SimMachine::clearWire() {
+    impl_->core->update([](SimData& data) {
+        data.wire.clear();
+        return false;
+    });
+}
+
+std::optional<GammaTable> SimMachine::gamma(DisplayID id) const {
+    return impl_->core->read([&](const SimData& data) {
+        const SimDisplay* d = data.find(id);
+        return d ? d->gamma : std::optional<GammaTable>{};
+    });
+}
+
+}  // namespace lumora::sim

@@ -1,0 +1,269 @@
+#include "sim/World.h"
+
+#include <cctype>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "sim/WorldFields.h"
+#include "sim/WorldResolve.h"
+
+namespace lumora::sim {
+
+namespace {
+
+using nlohmann::json;
+using namespace fields;
+
+// Coordinates and sizes are limited to what a desktop could hold.
+constexpr std::int64_t kCoordinateLimit = 1'000'000;
+constexpr double kSizeLimitMM = 100'000;
+constexpr std::int64_t kPixelLimit = 100'000;
+constexpr double kRefreshLimit = 1000;
+constexpr std::int64_t kAngleLimit = 360;
+
+Point readOrigin(const json& value, const std::string& path) {
+    auto [x, y] = readPair(value, path, "[x, y]");
+    return Point{static_cast<double>(
+                     readInteger(*x, indexPath(path, 0), -kCoordinateLimit, kCoordinateLimit)),
+                 static_cast<double>(
+                     readInteger(*y, indexPath(path, 1), -kCoordinateLimit, kCoordinateLimit))};
+}
+
+Point readCursor(const json& value, const std::string& path) {
+    auto [x, y] = readPair(value, path, "[x, y]");
+    const double limit = static_cast<double>(kCoordinateLimit);
+    return Point{readNumber(*x, indexPath(path, 0), -limit, limit),
+                 readNumber(*y, indexPath(path, 1), -limit, limit)};
+}
+
+// "0x10" or "0XD6": one or two hex digits after the prefix.
+std::optional<std::uint8_t> vcpCode(std::string_view key) {
+    if (key.size() < 3 || key.size() > 4 || key[0] != '0' || (key[1] != 'x' && key[1] != 'X')) {
+        return std::nullopt;
+    }
+    unsigned code = 0;
+    for (char c : key.substr(2)) {
+        const auto digit = static_cast<unsigned char>(c);
+        unsigned v = 0;
+        if (std::isdigit(digit)) {
+            v = digit - '0';
+        } else if (digit >= 'a' && digit <= 'f') {
+            v = digit - 'a' + 10u;
+        } else if (digit >= 'A' && digit <= 'F') {
+            v = digit - 'A' + 10u;
+        } else {
+            return std::nullopt;
+        }
+        code = code * 16 + v;
+    }
+    return static_cast<std::uint8_t>(code);
+}
+
+constexpr std::int64_t kVcpValueLimit = 0xFFFF;
+// More failures than any host would retry: every read of the run fails.
+constexpr std::int64_t kFailFirstLimit = 1000;
+
+WorldDdc readDdc(const json& value, const std::string& path) {
+    expectObject(value, path);
+    onlyKeys(value, path, {"answers", "edid", "failFirst", "vcp"});
+    WorldDdc ddc;
+    if (auto* v = optionalKey(value, "answers"))
+        ddc.answers = readBool(*v, keyPath(path, "answers"));
+    if (auto* v = optionalKey(value, "edid")) ddc.edid = readBool(*v, keyPath(path, "edid"));
+    if (auto* v = optionalKey(value, "failFirst")) {
+        ddc.failFirst =
+            static_cast<int>(readInteger(*v, keyPath(path, "failFirst"), 0, kFailFirstLimit));
+    }
+    if (auto* v = optionalKey(value, "vcp")) {
+        const std::string vcpPath = keyPath(path, "vcp");
+        expectObject(*v, vcpPath);
+        ddc.vcp.clear();
+        for (const auto& [key, entry] : v->items()) {
+            const std::string entryPath = keyPath(vcpPath, printable(key));
+            auto code = vcpCode(key);
+            if (!code) fail(entryPath, "expected a code like \"0x10\"");
+            auto [current, maximum] = readPair(entry, entryPath, "[current, maximum]");
+            ddc.vcp[*code] = {static_cast<std::uint16_t>(readInteger(
+                                  *current, indexPath(entryPath, 0), 0, kVcpValueLimit)),
+                              static_cast<std::uint16_t>(readInteger(
+                                  *maximum, indexPath(entryPath, 1), 0, kVcpValueLimit))};
+        }
+    }
+    return ddc;
+}
+
+WorldMode readMode(const json& value, const std::string& path) {
+    expectObject(value, path);
+    onlyKeys(value, path,
+             {"id", "width", "height", "pixelWidth", "pixelHeight", "refresh", "usable"});
+    WorldMode mode;
+    mode.id = static_cast<std::int32_t>(readInteger(
+        required(value, path, "id"), keyPath(path, "id"), std::numeric_limits<std::int32_t>::min(),
+        std::numeric_limits<std::int32_t>::max()));
+    mode.width =
+        readInteger(required(value, path, "width"), keyPath(path, "width"), 1, kPixelLimit);
+    mode.height =
+        readInteger(required(value, path, "height"), keyPath(path, "height"), 1, kPixelLimit);
+    // A mode without pixel sizes draws one pixel per point.
+    mode.pixelWidth = mode.width;
+    mode.pixelHeight = mode.height;
+    if (auto* v = optionalKey(value, "pixelWidth")) {
+        mode.pixelWidth = readInteger(*v, keyPath(path, "pixelWidth"), 1, kPixelLimit);
+    }
+    if (auto* v = optionalKey(value, "pixelHeight")) {
+        mode.pixelHeight = readInteger(*v, keyPath(path, "pixelHeight"), 1, kPixelLimit);
+    }
+    if (auto* v = optionalKey(value, "refresh")) {
+        mode.refresh = readNumber(*v, keyPath(path, "refresh"), 0, kRefreshLimit);
+    }
+    if (auto* v = optionalKey(value, "usable")) mode.usable = readBool(*v, keyPath(path, "usable"));
+    return mode;
+}
+
+std::uint32_t readU32(const json& value, const std::string& path, std::int64_t lo = 0) {
+    return static_cast<std::uint32_t>(
+        readInteger(value, path, lo, std::numeric_limits<std::uint32_t>::max()));
+}
+
+WorldDisplay readDisplay(const json& value, const std::string& path) {
+    expectObject(value, path);
+    onlyKeys(value, path,
+             {"id", "name", "builtin", "vendor", "model", "serial", "online", "asleep", "origin",
+              "rotation", "sizeMM", "modes", "mode", "backlight", "ddc"});
+    WorldDisplay d;
+    // 0 is no display at all on every display server.
+    d.id = readU32(required(value, path, "id"), keyPath(path, "id"), 1);
+    if (auto* v = optionalKey(value, "name")) d.name = readString(*v, keyPath(path, "name"));
+    if (auto* v = optionalKey(value, "builtin")) d.builtin = readBool(*v, keyPath(path, "builtin"));
+    if (auto* v = optionalKey(value, "vendor")) d.vendor = readU32(*v, keyPath(path, "vendor"));
+    if (auto* v = optionalKey(value, "model")) d.model = readU32(*v, keyPath(path, "model"));
+    if (auto* v = optionalKey(value, "serial")) d.serial = readU32(*v, keyPath(path, "serial"));
+    if (auto* v = optionalKey(value, "online")) d.online = readBool(*v, keyPath(path, "online"));
+    if (auto* v = optionalKey(value, "asleep")) d.asleep = readBool(*v, keyPath(path, "asleep"));
+    if (auto* v = optionalKey(value, "origin")) d.origin = readOrigin(*v, keyPath(path, "origin"));
+    if (auto* v = optionalKey(value, "rotation")) {
+        const std::string p = keyPath(path, "rotation");
+        if (!v->is_number_integer()) fail(p, "expected an integer");
+        const auto r = v->get<std::int64_t>();
+        if (r != 0 && r != 90 && r != 180 && r != 270) fail(p, "expected 0, 90, 180 or 270");
+        d.rotation = static_cast<int>(r);
+    }
+    if (auto* v = optionalKey(value, "sizeMM")) {
+        const std::string p = keyPath(path, "sizeMM");
+        auto [w, h] = readPair(*v, p, "[width, height]");
+        d.sizeMM = Size{readNumber(*w, indexPath(p, 0), 0, kSizeLimitMM),
+                        readNumber(*h, indexPath(p, 1), 0, kSizeLimitMM)};
+    }
+
+    const std::string modesPath = keyPath(path, "modes");
+    const json& modes = required(value, path, "modes");
+    if (!modes.is_array() || modes.empty()) fail(modesPath, "expected a non-empty array");
+    std::set<std::int32_t> modeIDs;
+    for (std::size_t i = 0; i < modes.size(); ++i) {
+        d.modes.push_back(readMode(modes[i], indexPath(modesPath, i)));
+        if (!modeIDs.insert(d.modes.back().id).second) {
+            fail(keyPath(indexPath(modesPath, i), "id"), "repeats an earlier mode's id");
+        }
+    }
+    if (auto* v = optionalKey(value, "mode")) {
+        const std::string p = keyPath(path, "mode");
+        const auto id =
+            static_cast<std::int32_t>(readInteger(*v, p, std::numeric_limits<std::int32_t>::min(),
+                                                  std::numeric_limits<std::int32_t>::max()));
+        if (!modeIDs.contains(id)) fail(p, "no mode with id " + std::to_string(id));
+        d.mode = id;
+    }
+    if (auto* v = optionalKey(value, "backlight"))
+        d.backlight = readNumber(*v, keyPath(path, "backlight"), 0, 1);
+    if (auto* v = optionalKey(value, "ddc")) d.ddc = readDdc(*v, keyPath(path, "ddc"));
+    return d;
+}
+
+WorldLid readLid(const json& value, const std::string& path) {
+    expectObject(value, path);
+    onlyKeys(value, path, {"sensor", "device", "angle"});
+    WorldLid lid;
+    if (auto* v = optionalKey(value, "sensor")) lid.sensor = readBool(*v, keyPath(path, "sensor"));
+    if (auto* v = optionalKey(value, "device")) lid.device = readBool(*v, keyPath(path, "device"));
+    if (auto* v = optionalKey(value, "angle")) {
+        lid.angle = readInteger(*v, keyPath(path, "angle"), -kAngleLimit, kAngleLimit);
+    }
+    return lid;
+}
+
+World readWorld(const json& root) {
+    if (!root.is_object()) fail("", "expected a JSON object at the top");
+    onlyKeys(root, "",
+             {"main", "cursor", "lid", "virtualDisplays", "disconnect", "backlightControl",
+              "accessibility", "displays"});
+    World world;
+    const json& displays = required(root, "", "displays");
+    if (!displays.is_array()) fail("displays", "expected an array");
+    std::set<DisplayID> ids;
+    for (std::size_t i = 0; i < displays.size(); ++i) {
+        const std::string p = indexPath("displays", i);
+        world.displays.push_back(readDisplay(displays[i], p));
+        if (!ids.insert(world.displays.back().id).second) {
+            fail(keyPath(p, "id"), "repeats an earlier display's id");
+        }
+    }
+    if (auto* v = optionalKey(root, "main")) {
+        const DisplayID id = readU32(*v, "main", 1);
+        if (!ids.contains(id)) fail("main", "no display with id " + std::to_string(id));
+        world.main = id;
+    }
+    if (auto* v = optionalKey(root, "cursor")) world.cursor = readCursor(*v, "cursor");
+    if (auto* v = optionalKey(root, "lid")) world.lid = readLid(*v, "lid");
+    if (auto* v = optionalKey(root, "virtualDisplays"))
+        world.virtualDisplays = readBool(*v, "virtualDisplays");
+    if (auto* v = optionalKey(root, "disconnect")) world.disconnect = readBool(*v, "disconnect");
+    if (auto* v = optionalKey(root, "backlightControl")) {
+        world.backlightControl = readBool(*v, "backlightControl");
+    }
+    if (auto* v = optionalKey(root, "accessibility"))
+        world.accessibility = readBool(*v, "accessibility");
+    resolveWorld(world);
+    return world;
+}
+
+// nlohmann's messages start with an "[json.exception...]" tag that means nothing to a reader.
+std::string syntaxMessage(const json::parse_error& error) {
+    std::string_view what = error.what();
+    if (auto close = what.find("] "); what.starts_with("[") && close != std::string_view::npos) {
+        what.remove_prefix(close + 2);
+    }
+    return "not valid JSON: " + printable(what);
+}
+
+}  // namespace
+
+WorldResult parseWorld(std::string_view jsonText) {
+    json root;
+    try {
+        root = json::parse(jsonText.begin(), jsonText.end());
+    } catch (const json::parse_error& error) {
+        return {std::nullopt, syntaxMessage(error)};
+    }
+    try {
+        return {readWorld(root), {}};
+    } catch (const fields::WorldFieldError& error) {
+        return {std::nullopt, error.message};
+    }
+}
+
+WorldResult loadWorldFile(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) return {std::nullopt, file.string() + ": cannot be opened"};
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (in.bad()) return {std::nullopt, file.string() + ": cannot be read"};
+    WorldResult result = parseWorld(text.str());
+    if (!result.world) result.error = file.string() + ": " + result.error;
+    return result;
+}
+
+}  // namespace lumora::sim
