@@ -1,0 +1,83 @@
+#include "ddc/DdcPacket.h"
+
+namespace lumora {
+
+namespace {
+
+// Message bodies after the length byte, checksum excluded.
+constexpr std::uint8_t kSetVcpBodySize = 4;  // opcode, code, value high, value low
+constexpr std::uint8_t kGetVcpBodySize = 2;  // opcode, code
+
+constexpr std::size_t kReplyOpcodeAt = 2;
+constexpr std::size_t kReplyResultAt = 3;
+constexpr std::size_t kReplyCodeAt = 4;
+constexpr std::size_t kReplyMaximumAt = 6;
+constexpr std::size_t kReplyCurrentAt = 8;
+
+// Every EDID begins 00 FF FF FF FF FF FF 00; the first two bytes tell it from an empty bus.
+constexpr std::uint8_t kEdidHeader0 = 0x00;
+constexpr std::uint8_t kEdidHeader1 = 0xFF;
+constexpr std::size_t kEdidVendorAt = 8;
+constexpr std::size_t kEdidProductAt = 10;
+constexpr std::size_t kEdidSerialAt = 12;
+// Enough bytes to hold the serial, the last number taken.
+constexpr std::size_t kEdidIdsSize = 16;
+
+std::uint8_t highByte(std::uint16_t value) {
+    return static_cast<std::uint8_t>(value >> 8);
+}
+std::uint8_t lowByte(std::uint16_t value) {
+    return static_cast<std::uint8_t>(value & 0xFF);
+}
+
+std::uint16_t bigEndian16(std::span<const std::uint8_t> bytes, std::size_t at) {
+    return static_cast<std::uint16_t>((bytes[at] << 8) | bytes[at + 1]);
+}
+
+std::uint32_t littleEndian(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t count) {
+    std::uint32_t value = 0;
+    for (std::size_t i = count; i-- > 0;)
+        value = (value << 8) | bytes[at + i];
+    return value;
+}
+
+}  // namespace
+
+std::uint8_t ddcChecksum(std::span<const std::uint8_t> message) {
+    std::uint8_t sum = kDdcDestination ^ kDdcDataAddress;
+    for (std::uint8_t byte : message)
+        sum ^= byte;
+    return sum;
+}
+
+std::array<std::uint8_t, 6> setVcpPacket(std::uint8_t code, std::uint16_t value) {
+    std::array<std::uint8_t, 6> packet = {
+        kDdcLengthFlag | kSetVcpBodySize, kSetVcpOpcode, code, highByte(value), lowByte(value), 0};
+    packet.back() = ddcChecksum(std::span(packet).first(packet.size() - 1));
+    return packet;
+}
+
+std::array<std::uint8_t, 4> getVcpRequest(std::uint8_t code) {
+    std::array<std::uint8_t, 4> packet = {kDdcLengthFlag | kGetVcpBodySize, kGetVcpOpcode, code, 0};
+    packet.back() = ddcChecksum(std::span(packet).first(packet.size() - 1));
+    return packet;
+}
+
+std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
+    std::span<const std::uint8_t> reply, std::uint8_t code) {
+    if (reply.size() < kVcpReplySize) return std::nullopt;
+    if (reply[kReplyOpcodeAt] != kGetVcpReplyOpcode || reply[kReplyResultAt] != kVcpResultNoError ||
+        reply[kReplyCodeAt] != code) {
+        return std::nullopt;
+    }
+    return std::pair{bigEndian16(reply, kReplyCurrentAt), bigEndian16(reply, kReplyMaximumAt)};
+}
+
+std::optional<EdidIds> parseEdidIds(std::span<const std::uint8_t> edid) {
+    if (edid.size() < kEdidIdsSize || edid[0] != kEdidHeader0 || edid[1] != kEdidHeader1)
+        return std::nullopt;
+    return EdidIds{bigEndian16(edid, kEdidVendorAt), littleEndian(edid, kEdidProductAt, 2),
+                   littleEndian(edid, kEdidSerialAt, 4)};
+}
+
+}  // namespace lumora

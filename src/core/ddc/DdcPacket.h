@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace lumora {
+
+// DDC/CI over I2C: the monitor's control processor and its EDID memory (7-bit chip addresses).
+inline constexpr std::uint8_t kDdcChip = 0x37;
+// The first byte of every host message: the host's source address.
+inline constexpr std::uint8_t kDdcDataAddress = 0x51;
+inline constexpr std::uint8_t kEdidChip = 0x50;
+inline constexpr std::uint8_t kEdidDataAddress = 0x00;
+
+// The monitor's 8-bit write address. It and the source address enter the checksum but are
+// not part of the buffer handed to the platform.
+inline constexpr std::uint8_t kDdcDestination = 0x6E;
+// Marks the length byte of a message: 0x80 | number of bytes that follow, checksum excluded.
+inline constexpr std::uint8_t kDdcLengthFlag = 0x80;
+
+inline constexpr std::uint8_t kGetVcpOpcode = 0x01;
+inline constexpr std::uint8_t kGetVcpReplyOpcode = 0x02;
+inline constexpr std::uint8_t kSetVcpOpcode = 0x03;
+inline constexpr std::uint8_t kVcpResultNoError = 0x00;
+
+// 6E 88 02 result code type max-hi max-lo cur-hi cur-lo checksum.
+inline constexpr std::size_t kVcpReplySize = 11;
+inline constexpr std::size_t kEdidBlockSize = 128;
+
+// Exclusive-or of destination, source and every byte of the message.
+std::uint8_t ddcChecksum(std::span<const std::uint8_t> message);
+
+// 84 03 code value-hi value-lo checksum.
+std::array<std::uint8_t, 6> setVcpPacket(std::uint8_t code, std::uint16_t value);
+// 82 01 code checksum.
+std::array<std::uint8_t, 4> getVcpRequest(std::uint8_t code);
+
+// (current, maximum) from a Get VCP Feature reply for `code`. Nothing when the buffer is
+// shorter than a reply, is not a feature reply, carries an error result or answers another
+// code. Length, type and checksum bytes are not checked: monitors get them wrong.
+std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
+    std::span<const std::uint8_t> reply, std::uint8_t code);
+
+// The three EDID numbers the display server reports for the same monitor.
+struct EdidIds {
+    std::uint32_t vendor = 0;   // bytes 8-9, big-endian
+    std::uint32_t product = 0;  // bytes 10-11, little-endian
+    std::uint32_t serial = 0;   // bytes 12-15, little-endian
+    friend bool operator==(const EdidIds&, const EdidIds&) = default;
+};
+
+// Nothing unless the bytes begin like an EDID header (00 FF) and reach the serial.
+std::optional<EdidIds> parseEdidIds(std::span<const std::uint8_t> edid);
+
+}  // namespace lumora
