@@ -1,0 +1,18 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string_view>
+
+namespace lumora {
+
+// The lid machine's coarse state. The raw values are what log lines and the interface show.
+enum class LidMode { unknown, open, closedExternal, closedAlone };
+
+std::string_view rawValue(LidMode mode);
+// Exactly the four raw values; anything else yields nothing.
+std::optional<LidMode> lidModeFromRaw(std::string_view raw);
+
+std::ostream& operator<<(std::ostream& out, LidMode mode);
+
+}  // namespace lumora
