@@ -65,7 +65,7 @@ class SimInput final : public Input {
 
   private:
     struct Live {
-        HotKeyHandle handle;
+        HotKeyHandle handle = kNoHotKey;
         Registration registration;
     };
 

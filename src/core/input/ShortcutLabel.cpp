@@ -1,0 +1,124 @@
+// Building a shortcut and its printed label from a key-down event.
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/Utf8.h"
+#include "input/KeyCodes.h"
+#include "input/Shortcut.h"
+
+namespace lumora {
+
+namespace {
+
+// Keys whose typed character is missing or unreadable get a name instead. Only F1 to F6 are
+// named: other function keys keep whatever text the system gives for them.
+constexpr std::array<std::pair<std::uint32_t, std::string_view>, 13> kKeyNames{{
+    {kKeyLeftArrow, "←"},
+    {kKeyRightArrow, "→"},
+    {kKeyDownArrow, "↓"},
+    {kKeyUpArrow, "↑"},
+    {kKeySpace, "Space"},
+    {kKeyReturn, "↩"},
+    {kKeyEscape, "⎋"},
+    {kKeyF1, "F1"},
+    {kKeyF2, "F2"},
+    {kKeyF3, "F3"},
+    {kKeyF4, "F4"},
+    {kKeyF5, "F5"},
+    {kKeyF6, "F6"},
+}};
+
+// Fixed symbol order, whatever order the keys went down in.
+struct ModifierSymbol {
+    Modifier modifier;
+    std::uint32_t mask;
+    std::string_view symbol;
+};
+constexpr std::array<ModifierSymbol, 4> kModifierSymbols{{
+    {Modifier::control, kMaskControl, "⌃"},
+    {Modifier::option, kMaskOption, "⌥"},
+    {Modifier::shift, kMaskShift, "⇧"},
+    {Modifier::command, kMaskCommand, "⌘"},
+}};
+
+// Upper case for the scripts a keyboard layout here is likely to type: ASCII, Latin-1 and
+// basic Cyrillic (a Russian layout reports Cyrillic letters). Letters without a one-to-one
+// upper case (ß, ÿ) and everything else stay as they are.
+char32_t upperCase(char32_t c) {
+    if (c >= U'a' && c <= U'z') return c - 0x20;
+    if (c >= 0xE0 && c <= 0xFE && c != 0xF7) return c - 0x20;  // à…þ, not ÷
+    if (c >= 0x430 && c <= 0x44F) return c - 0x20;             // а…я
+    if (c >= 0x450 && c <= 0x45F) return c - 0x50;             // ѐ…џ, ё among them
+    return c;
+}
+
+void appendUtf8(std::string& out, char32_t c) {
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+std::string upperCased(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    if (!isValidUtf8(text)) {
+        // Bytes of unknown meaning: only plain ASCII letters are safe to change.
+        for (char ch : text) {
+            out += (ch >= 'a' && ch <= 'z') ? static_cast<char>(ch - 0x20) : ch;
+        }
+        return out;
+    }
+    std::size_t i = 0;
+    while (i < text.size()) {
+        auto lead = static_cast<unsigned char>(text[i]);
+        std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        char32_t c = length == 1   ? lead
+                     : length == 2 ? lead & 0x1F
+                     : length == 3 ? lead & 0x0F
+                                   : lead & 0x07;
+        for (std::size_t k = 1; k < length; ++k) {
+            c = (c << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3F);
+        }
+        appendUtf8(out, upperCase(c));
+        i += length;
+    }
+    return out;
+}
+
+std::string keyText(const KeyEvent& event) {
+    for (const auto& [code, name] : kKeyNames) {
+        if (code == event.keyCode) return std::string(name);
+    }
+    return upperCased(event.charactersIgnoringModifiers);
+}
+
+}  // namespace
+
+std::optional<Shortcut> Shortcut::from(const KeyEvent& event) {
+    Shortcut shortcut;
+    shortcut.keyCode = event.keyCode;
+    for (const ModifierSymbol& m : kModifierSymbols) {
+        if (!event.flags.has(m.modifier)) continue;
+        shortcut.modifiers |= m.mask;
+        shortcut.label += m.symbol;
+    }
+    if (shortcut.modifiers == 0) return std::nullopt;
+    shortcut.label += keyText(event);
+    return shortcut;
+}
+
+}  // namespace lumora
