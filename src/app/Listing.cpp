@@ -1,0 +1,86 @@
+#include "Listing.h"
+
+#include <cmath>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "ddc/DDC.h"
+#include "ddc/VCP.h"
+#include "display/Brightness.h"
+#include "display/Displays.h"
+
+namespace lumora::app {
+
+namespace {
+
+// Read at start-up by the model too: the three controls the panel shows for every monitor.
+constexpr VCP kListedControls[] = {VCP::brightness, VCP::contrast, VCP::volume};
+
+std::string roles(const DisplayInfo& d) {
+    std::vector<std::string> words;
+    words.emplace_back(d.isBuiltin ? "built-in" : "external");
+    if (d.isMain) words.emplace_back("main");
+    if (d.isVirtual) words.emplace_back("virtual");
+    words.emplace_back(d.isOnline ? "online" : "offline");
+    if (d.isAsleep) words.emplace_back("asleep");
+    std::string out;
+    for (const auto& w : words)
+        out += (out.empty() ? "" : ", ") + w;
+    return out;
+}
+
+}  // namespace
+
+void printListing(std::ostream& out, Displays& displays, Brightness& brightness,
+                  AVServices& avServices, Sleeper& sleeper) {
+    const auto list = displays.list();
+    std::vector<DisplayID> candidates;
+    for (const auto& d : list) {
+        if (d.isOnline && !d.isBuiltin && !d.isVirtual) candidates.push_back(d.id);
+    }
+    auto services = DDC::services(avServices, displays.server(), sleeper, candidates);
+
+    out << list.size() << " display(s)\n";
+    for (const auto& d : list) {
+        out << "\ndisplay " << d.id << " \"" << d.name << "\" (" << roles(d) << ")\n";
+        out << "  vendor " << d.vendor << ", model " << d.model << ", serial " << d.serial
+            << ", rotation " << d.rotation << "\n";
+        out << "  mode: " << (d.mode ? d.mode->label() : std::string("none")) << "\n";
+        if (d.isOnline) {
+            const auto modes = displays.modes(d.id);
+            out << "  modes (" << modes.size() << "):\n";
+            for (const auto& m : modes) {
+                // The mode number and exact refresh tell apart modes whose labels agree.
+                out << "    " << (d.mode && d.mode->id == m.id ? "* " : "  ") << m.label()
+                    << "  [mode " << m.id << ", " << m.pixelWidth << "×" << m.pixelHeight << " px, "
+                    << m.refresh << " Hz]\n";
+            }
+        }
+        if (d.isBuiltin && d.isOnline) {
+            if (auto level = brightness.builtin(d.id)) {
+                out << "  backlight: " << std::lround(*level * 100.0f) << " %\n";
+            } else {
+                out << "  backlight: not readable\n";
+            }
+        }
+        if (d.isBuiltin || d.isVirtual || !d.isOnline) continue;
+        auto it = services.find(d.id);
+        if (it == services.end()) {
+            out << "  DDC/CI: no channel\n";
+            continue;
+        }
+        out << "  DDC/CI:";
+        for (VCP control : kListedControls) {
+            out << " " << name(control) << " ";
+            if (auto value = it->second->read(code(control))) {
+                out << value->first << "/" << value->second;
+            } else {
+                out << "no answer";
+            }
+        }
+        out << "\n";
+    }
+}
+
+}  // namespace lumora::app

@@ -1,0 +1,33 @@
+#include "CommandLine.h"
+
+#include <gtest/gtest.h>
+
+namespace lumora::app {
+namespace {
+
+TEST(CommandLine, SimulateWithAndWithoutWorld) {
+    auto plain = parseCommandLine({"--simulate", "--list"});
+    EXPECT_TRUE(plain.error.empty());
+    EXPECT_TRUE(plain.simulate);
+    EXPECT_TRUE(plain.list);
+    EXPECT_FALSE(plain.worldFile);
+
+    auto withWorld = parseCommandLine(
+        {"--simulate=/tmp/w.json", "--sim-state=/tmp/s.json", "--headless", "lumora://status"});
+    EXPECT_TRUE(withWorld.error.empty());
+    EXPECT_EQ(withWorld.worldFile, std::filesystem::path("/tmp/w.json"));
+    EXPECT_EQ(withWorld.stateFile, std::filesystem::path("/tmp/s.json"));
+    EXPECT_TRUE(withWorld.headless);
+    EXPECT_EQ(withWorld.url, "lumora://status");
+}
+
+TEST(CommandLine, RefusesWhatItCannotUse) {
+    EXPECT_EQ(parseCommandLine({"--frobnicate"}).error, "unknown argument: --frobnicate");
+    EXPECT_EQ(parseCommandLine({"--simulate="}).error, "--simulate= needs a world file");
+    EXPECT_EQ(parseCommandLine({"--simulatex"}).error, "unknown argument: --simulatex");
+    EXPECT_EQ(parseCommandLine({"--sim-state=/tmp/s.json"}).error, "--sim-state needs --simulate");
+    EXPECT_EQ(parseCommandLine({"lumora://a", "lumora://b"}).error, "only one URL at a time");
+}
+
+}  // namespace
+}  // namespace lumora::app
