@@ -15,8 +15,10 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/DisplayServer.h"
+#include "platform/LidSensor.h"
 #include "platform/Power.h"
 #include "platform/Scheduler.h"
+#include "platform/SystemEvents.h"
 #include "sim/SimDdcMonitor.h"
 #include "sim/SimMachine.h"
 #include "sim/World.h"
@@ -72,6 +74,18 @@ struct SimPowerState {
     int userActivity = 0;
 };
 
+// The lid-angle sensor's manager as the program opened it.
+struct SimLidSensorState {
+    bool open = false;                   // opened successfully
+    std::optional<std::int64_t> cached;  // the last value the manager received
+    LidSensor::ValueHandler onValue;
+};
+
+struct SimObserver {
+    SystemEvent event = SystemEvent::didWake;
+    SystemEvents::Handler handler;
+};
+
 // Everything the machine knows. Only touched with SimCore's lock held.
 struct SimData {
     std::vector<SimDisplay> displays;  // world order; virtual displays appended
@@ -82,6 +96,9 @@ struct SimData {
     bool backlightControl = true;
     bool accessibility = true;
     std::optional<WorldLid> lid;
+    SimLidSensorState lidSensor;
+    std::map<SystemEvents::Token, SimObserver> observers;
+    SystemEvents::Token nextObserver = 1;
     SimPowerState power;
     std::vector<WireEvent> wire;
 

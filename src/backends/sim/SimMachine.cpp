@@ -15,7 +15,10 @@ struct SimMachine::Impl {
           backlight(makeSimBacklight(core)),
           avServices(makeSimAVServices(core)),
           virtualDisplays(makeSimVirtualDisplays(core)),
-          power(makeSimPower(core)) {}
+          power(makeSimPower(core)),
+          lidSensor(makeSimLidSensor(core)),
+          systemEvents(makeSimSystemEvents(core)),
+          input(core->read([](const SimData& data) { return data.accessibility; })) {}
 
     std::shared_ptr<SimCore> core;
     std::unique_ptr<DisplayServer> displayServer;
@@ -23,6 +26,10 @@ struct SimMachine::Impl {
     std::unique_ptr<AVServices> avServices;
     std::unique_ptr<VirtualDisplays> virtualDisplays;
     std::unique_ptr<Power> power;
+    std::unique_ptr<LidSensor> lidSensor;
+    std::unique_ptr<SystemEvents> systemEvents;
+    SimInput input;
+    SimOsd osd;
 };
 
 SimMachine::SimMachine(World world, Scheduler& scheduler)
@@ -44,6 +51,18 @@ VirtualDisplays& SimMachine::virtualDisplays() {
 }
 Power& SimMachine::power() {
     return *impl_->power;
+}
+LidSensor& SimMachine::lidSensor() {
+    return *impl_->lidSensor;
+}
+SystemEvents& SimMachine::systemEvents() {
+    return *impl_->systemEvents;
+}
+SimInput& SimMachine::input() {
+    return impl_->input;
+}
+SimOsd& SimMachine::osd() {
+    return impl_->osd;
 }
 
 nlohmann::json SimMachine::state() const {
@@ -99,8 +118,25 @@ void SimMachine::applyWorld(const World& nextWorld) {
             if (!listed && !ownVirtual) d.plugged = false;
         }
         data.cursor = next.cursor.value_or(data.cursor);
-        // The lid angle joins here once the machine has a lid sensor.
     });
+    if (next.lid) moveSimLid(impl_->core, *next.lid, /*report=*/true);
+}
+
+void SimMachine::setLidAngle(std::int64_t angle, bool reported) {
+    auto lid = impl_->core->read([](const SimData& data) { return data.lid; });
+    if (!lid) return;  // a machine without a lid sensor
+    lid->angle = angle;
+    moveSimLid(impl_->core, *lid, reported);
+}
+
+void SimMachine::simulateWake() {
+    impl_->core->update([](SimData& data) {
+        for (auto& d : data.displays)
+            d.asleep = false;
+        return false;
+    });
+    postSimSystemEvent(impl_->core, SystemEvent::didWake);
+    postSimSystemEvent(impl_->core, SystemEvent::screensDidWake);
 }
 
 std::vector<WireEvent> SimMachine::wire() const {

@@ -10,9 +10,13 @@
 #include "platform/AVServices.h"
 #include "platform/Backlight.h"
 #include "platform/DisplayServer.h"
+#include "platform/LidSensor.h"
 #include "platform/Power.h"
 #include "platform/Scheduler.h"
+#include "platform/SystemEvents.h"
 #include "platform/VirtualDisplays.h"
+#include "sim/SimInput.h"
+#include "sim/SimOsd.h"
 #include "sim/World.h"
 
 namespace lumora::sim {
@@ -56,6 +60,12 @@ class SimMachine {
     AVServices& avServices();
     VirtualDisplays& virtualDisplays();
     Power& power();
+    LidSensor& lidSensor();
+    SystemEvents& systemEvents();
+    // The keyboard (trusted for the brightness-key tap as the world's "accessibility" says)
+    // and the on-screen display.
+    SimInput& input();
+    SimOsd& osd();
 
     // The hardware state as the state file shows it.
     [[nodiscard]] nlohmann::json state() const;
@@ -71,6 +81,12 @@ class SimMachine {
     // Moves the world to `next`: plugs, unplugs, pointer, lid angle. A display new to the
     // machine is plugged in; a physical display missing from `next` is unplugged.
     void applyWorld(const World& next);
+    // Moves the lid. An opened sensor reports the new angle on the main queue; with
+    // `reported` false it does not (real sensors miss changes), and only a read sees it.
+    void setLidAngle(std::int64_t angle, bool reported = true);
+    // The system wakes from sleep: the displays wake, then the did-wake and screens-did-wake
+    // notifications go out on the main queue.
+    void simulateWake();
 
     // What went over the DDC/CI wires, oldest first.
     [[nodiscard]] std::vector<WireEvent> wire() const;
