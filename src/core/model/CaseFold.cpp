@@ -1,0 +1,115 @@
+#include "model/CaseFold.h"
+
+namespace lumora {
+
+namespace {
+
+// The lower-case partner of a capital letter of the covered scripts, or the code point itself.
+char32_t lower(char32_t c) {
+    if (c >= U'A' && c <= U'Z') return c + 0x20;
+    if (c < 0xC0) return c;
+    // Latin-1: À…Þ except the multiplication sign.
+    if (c <= 0xDE) return c == 0xD7 ? c : c + 0x20;
+    if (c >= 0x100 && c <= 0x17F) {
+        // Latin Extended-A alternates capital/small, with the pairs shifted by one in
+        // Ĺ…Ň and Ź…Ž; İ (0x130) and ĸ (0x138) stand alone; Ÿ pairs with ÿ in Latin-1.
+        if (c == 0x130) return U'i';
+        if (c == 0x178) return 0xFF;
+        if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) {
+            return (c % 2 == 1) ? c + 1 : c;
+        }
+        if (c == 0x138 || c == 0x149 || c == 0x17F) return c;
+        return (c % 2 == 0) ? c + 1 : c;
+    }
+    // Greek capitals Α…Ω (0x3A2 is unassigned) and the accented ones.
+    if (c >= 0x391 && c <= 0x3AB && c != 0x3A2) return c + 0x20;
+    if (c == 0x386) return 0x3AC;
+    if (c >= 0x388 && c <= 0x38A) return c + 0x25;
+    if (c == 0x38C) return 0x3CC;
+    if (c == 0x38E || c == 0x38F) return c + 0x3F;
+    // Cyrillic: Ѐ…Џ, А…Я, then the pairs of the historic and non-Russian letters.
+    if (c >= 0x400 && c <= 0x40F) return c + 0x50;
+    if (c >= 0x410 && c <= 0x42F) return c + 0x20;
+    if ((c >= 0x460 && c <= 0x481) || (c >= 0x48A && c <= 0x4BF) || (c >= 0x4D0 && c <= 0x52F)) {
+        return (c % 2 == 0) ? c + 1 : c;
+    }
+    if (c == 0x4C0) return 0x4CF;
+    if (c >= 0x4C1 && c <= 0x4CE) return (c % 2 == 1) ? c + 1 : c;
+    return c;
+}
+
+// Decodes one UTF-8 sequence at the start of `s`; 0 when it is not a valid one.
+std::size_t decode(std::string_view s, char32_t& c) {
+    const auto lead = static_cast<unsigned char>(s[0]);
+    std::size_t extra = 0;
+    if (lead < 0x80) {
+        c = lead;
+        return 1;
+    }
+    if ((lead & 0xE0) == 0xC0) {
+        extra = 1;
+        c = lead & 0x1F;
+    } else if ((lead & 0xF0) == 0xE0) {
+        extra = 2;
+        c = lead & 0x0F;
+    } else if ((lead & 0xF8) == 0xF0) {
+        extra = 3;
+        c = lead & 0x07;
+    } else {
+        return 0;
+    }
+    if (extra >= s.size()) return 0;
+    for (std::size_t k = 1; k <= extra; ++k) {
+        const auto next = static_cast<unsigned char>(s[k]);
+        if ((next & 0xC0) != 0x80) return 0;
+        c = (c << 6) | (next & 0x3F);
+    }
+    static constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+    if (c < kSmallest[extra] || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return 0;
+    return extra + 1;
+}
+
+void encode(char32_t c, std::string& out) {
+    if (c < 0x80) {
+        out.push_back(static_cast<char>(c));
+    } else if (c < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else if (c < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    }
+}
+
+}  // namespace
+
+std::string foldCase(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    std::size_t i = 0;
+    while (i < text.size()) {
+        char32_t c = 0;
+        const std::size_t length = decode(text.substr(i), c);
+        if (length == 0) {
+            out.push_back(text[i]);  // not UTF-8: kept as it is
+            ++i;
+            continue;
+        }
+        encode(lower(c), out);
+        i += length;
+    }
+    return out;
+}
+
+bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
+    if (needle.empty()) return false;
+    return foldCase(haystack).find(foldCase(needle)) != std::string::npos;
+}
+
+}  // namespace lumora

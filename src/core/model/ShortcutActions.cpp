@@ -1,0 +1,94 @@
+// What the global shortcuts and the brightness keys do, and how a shortcut is recorded.
+#include "input/Recording.h"
+#include "model/AppModel.h"
+
+namespace lumora {
+
+namespace {
+
+constexpr const char* kPowerTool = "/usr/bin/pmset";
+constexpr const char* kDisplaySleepArgument = "displaysleepnow";
+
+}  // namespace
+
+void AppModel::perform(ShortcutAction action) {
+    // Deliberately nothing without a display under the pointer, whatever the action.
+    const auto display = displayUnderCursor();
+    if (!display) return;
+    switch (action) {
+        case ShortcutAction::brightnessUp:
+        case ShortcutAction::brightnessDown:
+            stepBrightness(*display, action == ShortcutAction::brightnessUp, /*fine=*/false);
+            break;
+        case ShortcutAction::dimToBlack:
+            dimToBlack(*display);
+            break;
+        case ShortcutAction::toggleBuiltin:
+            for (const DisplayInfo& d : displays_.get()) {
+                if (!d.isBuiltin) continue;
+                ports_.displays.setEnabled(d.id, !d.isOnline, /*quiet=*/false);
+                refresh();
+                break;
+            }
+            break;
+        case ShortcutAction::toggleHiDPI: {
+            if (ports_.displayServer.isBuiltin(*display)) break;
+            const bool wasOn = hidpi_.isOn(*display);
+            setHiDPI(*display, !wasOn);
+            ports_.osd.show(*display, wasOn ? 0.0 : 1.0, "textformat.size",
+                            wasOn ? "1\u00D7" : "HiDPI");
+            break;
+        }
+        case ShortcutAction::sleepDisplays:
+            // Nothing waits for the tool, and a failed launch is ignored.
+            ports_.power.spawn(kPowerTool, {kDisplaySleepArgument});
+            break;
+    }
+}
+
+void AppModel::startRecording(ShortcutAction action) {
+    stopRecording();
+    recording_.set(action);
+    // No global hotkey may fire, or steal the keys, while the user types the new one.
+    hotkeys_.registerShortcuts({});
+}
+
+bool AppModel::recordKey(const KeyEvent& event) {
+    if (!recording_.get()) return false;
+    const ShortcutAction action = *recording_.get();
+    const RecordResult result = handleRecordingKey(event);
+    switch (result.outcome) {
+        case RecordOutcome::cancel:
+            stopRecording();
+            break;
+        case RecordOutcome::clear:
+            shortcuts_.modify([&](ShortcutMap& map) { map.erase(action); });
+            stopRecording();
+            break;
+        case RecordOutcome::keepRecording:
+            break;
+        case RecordOutcome::recorded:
+            shortcuts_.modify([&](ShortcutMap& map) { map[action] = *result.shortcut; });
+            stopRecording();
+            break;
+    }
+    return true;
+}
+
+void AppModel::stopRecording() {
+    // All steps every time: harmless when nothing was being recorded.
+    recording_.set(std::nullopt);
+    saveShortcuts(ports_.defaults, shortcuts_.get());
+    hotkeys_.registerShortcuts(shortcuts_.get());
+}
+
+bool AppModel::brightnessKeyPressed(bool up, bool fine) {
+    if (!brightnessKeys_.get()) return false;
+    const auto display = displayUnderCursor();
+    // The built-in panel keeps the system's own brightness behaviour.
+    if (!display || ports_.displayServer.isBuiltin(*display)) return false;
+    stepBrightness(*display, up, fine);
+    return true;
+}
+
+}  // namespace lumora

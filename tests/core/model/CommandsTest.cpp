@@ -1,0 +1,230 @@
+// URL commands end to end: a laptop with its panel (1), a DDC monitor (2) and a projector
+// without DDC (3); each command row of the interface, read back from the status file, the
+// simulated hardware and the event log.
+#include <gtest/gtest.h>
+
+#include "ModelScenario.h"
+#include "ddc/DdcPacket.h"
+
+namespace lumora::test {
+namespace {
+
+using sim::SimOsd;
+
+class Commands : public ModelScenario {
+  protected:
+    void SetUp() override { start("laptopAndExternal.json"); }
+
+    // The values of the DDC writes display 2 received; every write goes out twice.
+    std::vector<int> writes(std::uint8_t vcp) {
+        std::vector<int> values;
+        for (const auto& e : machine->wire()) {
+            if (e.kind != sim::WireEvent::Kind::write || e.bytes.size() != 6) continue;
+            if (e.bytes[1] != kSetVcpOpcode || e.bytes[2] != vcp) continue;
+            values.push_back(e.bytes[3] << 8 | e.bytes[4]);
+        }
+        return values;
+    }
+};
+
+TEST_F(Commands, BrightnessOnTheDdcMonitorIsCachedAtOnceAndWrittenAfterTheDebounce) {
+    machine->clearWire();
+    model->handleURL("lumora://brightness?display=2&value=70");
+    EXPECT_TRUE(wasLogged(R"(url: brightness ["display": "2", "value": "70"])"));
+    EXPECT_EQ(statusOf(2)["brightness"], 0.7);  // the cached value, before the monitor has it
+    EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 50);
+    EXPECT_EQ(machine->osd().shown(), (std::vector<SimOsd::Shown>{{2, 0.7, "sun.max.fill", {}}}));
+
+    clock.advance(AppModel::kDdcDebounce - 0.001);
+    EXPECT_TRUE(machine->wire().empty());
+    clock.advance(0.002);
+    const auto wire = machine->wire();
+    ASSERT_EQ(wire.size(), 2u);
+    EXPECT_EQ(wire[0].bytes, (std::vector<std::uint8_t>{0x84, 0x03, 0x10, 0x00, 0x46, 0xEE}));
+    EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 70);
+}
+
+TEST_F(Commands, BrightnessUnderThePointerAndWithoutAValue) {
+    model->handleURL("lumora://brightness?value=0.7");  // the pointer rests on the panel
+    EXPECT_EQ(statusOf(1)["brightness"], 0.7);
+    EXPECT_NEAR(stateOf(1)["backlight"].get<double>(), 0.7, 1e-6);
+    EXPECT_EQ(machine->osd().shown(), (std::vector<SimOsd::Shown>{{1, 0.7, "sun.max.fill", {}}}));
+
+    writeFile(session.statusFile(), std::string(20000, ' ') + "stale");  // longer than status
+    const auto before = machine->state();
+    model->handleURL("lumora://brightness?display=main");
+    model->handleURL("lumora://brightness?display=nowhere&value=20");
+    clock.advance(1.0);
+    EXPECT_EQ(status()["displays"].size(), 3u);  // rewritten
+    EXPECT_EQ(machine->state(), before);
+    EXPECT_EQ(machine->osd().shown().size(), 1u);
+}
+
+TEST_F(Commands, BrightnessStepsOnEveryPath) {
+    model->handleURL("lumora://brightness-down?display=3");       // software: 1.0 -> 0.9375
+    model->handleURL("lumora://brightness-down?display=Office");  // DDC: 0.5 -> 0.4375
+    model->handleURL("lumora://brightness-up?display=builtin");   // panel: 0.5 -> 0.5625
+    clock.advance(0.2);
+    EXPECT_EQ(statusOf(3)["brightness"], 0.9375);
+    EXPECT_NEAR(stateOf(3)["gamma"]["red"][2].get<double>(), 0.9375, 1e-3);  // 3 decimals
+    EXPECT_EQ(writes(0x10), (std::vector<int>{44, 44}));                     // round(43.75)
+    EXPECT_NEAR(stateOf(1)["backlight"].get<double>(), 0.5625, 1e-6);
+    EXPECT_EQ(machine->osd().shown(),
+              (std::vector<SimOsd::Shown>{{3, 0.9375, "sun.max.fill", {}},
+                                          {2, 0.4375, "sun.max.fill", {}},
+                                          {1, 0.5625, "sun.max.fill", {}}}));
+}
+
+TEST_F(Commands, HiDPIToggleAndOnWordsOtherThanTrueMeanOff) {
+    model->handleURL("lumora://hidpi?display=2");
+    clock.advance(2.0);
+    EXPECT_EQ(statusOf(2)["hidpi"], true);
+    EXPECT_EQ(status()["displays"].size(), 3u);  // the backing display is not listed
+    ASSERT_EQ(machine->state()["virtualDisplays"].size(), 1u);
+    EXPECT_EQ(machine->state()["virtualDisplays"][0]["name"], "Office Monitor HiDPI");
+    EXPECT_EQ(statusOf(2)["mode"], "2560\u00D71440 HiDPI \u00B7 60 Hz");  // the backing mode
+
+    model->handleURL("lumora://hidpi?display=2&on=yes");
+    EXPECT_EQ(statusOf(2)["hidpi"], false);
+    EXPECT_TRUE(machine->state()["virtualDisplays"].empty());
+    model->handleURL("lumora://hidpi?display=2&on=on");
+    EXPECT_EQ(statusOf(2)["hidpi"], true);
+}
+
+TEST_F(Commands, ConnectDisconnectAndMain) {
+    model->handleURL("lumora://connect?display=3&on=0");
+    EXPECT_EQ(stateOf(3)["enabled"], false);
+    EXPECT_EQ(statusOf(3)["online"], false);
+    model->handleURL("lumora://connect?display=3");
+    EXPECT_EQ(stateOf(3)["enabled"], true);
+    model->handleURL("lumora://disconnect?display=PROJ");
+    EXPECT_EQ(stateOf(3)["enabled"], false);
+
+    model->handleURL("lumora://main?display=2");
+    EXPECT_EQ(stateOf(2)["main"], true);
+    EXPECT_EQ(stateOf(2)["origin"], nlohmann::json::array({0, 0}));
+    EXPECT_EQ(statusOf(2)["main"], true);
+}
+
+TEST_F(Commands, ModePicksTheFirstMatchByHzAndHiDPI) {
+    model->handleURL("lumora://mode?display=2&width=2560&height=1440&hz=59");
+    EXPECT_EQ(stateOf(2)["mode"], 23);  // 59.94 Hz: 60 Hz is not within 1.0 of 59
+    model->handleURL("lumora://mode?display=2&width=2560&height=1440");
+    EXPECT_EQ(stateOf(2)["mode"], 20);
+    model->handleURL("lumora://mode?display=2&width=1280&height=720&hidpi=1");
+    EXPECT_EQ(stateOf(2)["mode"], 22);
+    EXPECT_EQ(statusOf(2)["mode"], "1280\u00D7720 HiDPI \u00B7 60 Hz");
+
+    // No match: nothing changes, the status is still rewritten.
+    writeFile(session.statusFile(), "stale");
+    model->handleURL("lumora://mode?display=2&width=1920&height=1080&hidpi=true");
+    EXPECT_EQ(stateOf(2)["mode"], 22);
+    EXPECT_TRUE(status().is_object());
+
+    // Unresolvable display or a missing or non-integer side: the file is left as it is.
+    for (const char* url : {"lumora://mode?display=main&height=1080",
+                            "lumora://mode?display=2&width=1920.0&height=1080",
+                            "lumora://mode?display=nowhere&width=1920&height=1080"}) {
+        writeFile(session.statusFile(), "stale");
+        model->handleURL(url);
+        EXPECT_EQ(statusText(), "stale") << url;
+    }
+}
+
+TEST_F(Commands, DimHasNoFloorAndAbsentValueMeansBlack) {
+    model->handleURL("lumora://dim?display=3&value=40");
+    EXPECT_EQ(statusOf(3)["brightness"], 0.4);
+    EXPECT_NEAR(stateOf(3)["gamma"]["green"][2].get<double>(), 0.4, 1e-6);
+    model->handleURL("lumora://dim?display=3");
+    EXPECT_EQ(statusOf(3)["brightness"], 0.0);
+    EXPECT_EQ(stateOf(3)["gamma"]["blue"][2], 0.0);
+}
+
+TEST_F(Commands, DdcSendsRawValuesAtOnceForKnownCodesOnly) {
+    machine->clearWire();
+    model->handleURL("lumora://ddc?display=2&vcp=60&value=17");
+    model->handleURL("lumora://ddc?display=2&vcp=0x62&value=+9");
+    for (const char* url :
+         {"lumora://ddc?display=2&vcp=0x99&value=1", "lumora://ddc?display=2&vcp=10&value=70000",
+          "lumora://ddc?display=2&vcp=10&value=-1", "lumora://ddc?display=2&value=1",
+          "lumora://ddc?display=3&vcp=10&value=1", "lumora://ddc?display=2&vcp=zz&value=1"}) {
+        model->handleURL(url);
+    }
+    clock.runDue();
+    EXPECT_EQ(stateOf(2)["vcp"]["0x60"], 17);
+    EXPECT_EQ(stateOf(2)["vcp"]["0x62"], 9);
+    EXPECT_EQ(machine->wire().size(), 4u);
+    auto lines = logged();
+    std::vector<std::string> ddcLines;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(ddcLines),
+                 [](const std::string& l) { return l.starts_with("DDC display"); });
+    EXPECT_EQ(ddcLines, (std::vector<std::string>{"DDC display 2: VCP 0x60 = 17",
+                                                  "DDC display 2: VCP 0x62 = 9"}));
+}
+
+TEST_F(Commands, SleepDisplaysAndVirtualScreens) {
+    model->handleURL("lumora://sleep-displays");
+    EXPECT_EQ(machine->state()["power"]["displaySleeps"], 1);
+
+    model->handleURL("lumora://virtual?width=2560&height=1440");
+    model->handleURL("lumora://virtual?width=1920&height=1080&name=Side&hidpi=0");
+    for (const char* url :
+         {"lumora://virtual?width=4294967296&height=1080", "lumora://virtual?width=-1&height=9",
+          "lumora://virtual?width=abc&height=1080", "lumora://virtual?height=1080"}) {
+        model->handleURL(url);
+    }
+    const auto virtuals = machine->state()["virtualDisplays"];
+    ASSERT_EQ(virtuals.size(), 2u);
+    EXPECT_EQ(virtuals[0]["name"], "Lumora 2560\u00D71440");
+    EXPECT_EQ(virtuals[0]["hiDPI"], true);
+    EXPECT_EQ(virtuals[1]["name"], "Side");
+    EXPECT_EQ(virtuals[1]["hiDPI"], false);
+    EXPECT_EQ(model->virtualConfigs()->size(), 2u);
+    clock.advance(AppModel::kRefreshDelay);
+    EXPECT_EQ(status()["displays"].size(), 5u);
+}
+
+TEST_F(Commands, StatusKeysAreSortedAndUnknownCommandsAreLogged) {
+    model->handleURL("lumora://status");
+    const std::string text = statusText();
+    EXPECT_LT(text.find("\"angle\""), text.find("\"displays\""));
+    EXPECT_LT(text.find("\"displays\""), text.find("\"lid\""));
+    EXPECT_EQ(status()["angle"], 110);
+    EXPECT_EQ(status()["lid"], "open");
+    EXPECT_EQ(statusOf(2), (nlohmann::json{{"id", 2},
+                                           {"name", "Office Monitor"},
+                                           {"builtin", false},
+                                           {"main", false},
+                                           {"online", true},
+                                           {"virtual", false},
+                                           {"hidpi", false},
+                                           {"ddc", true},
+                                           {"mode", "2560\u00D71440 \u00B7 60 Hz"},
+                                           {"brightness", 0.5}}));
+    EXPECT_EQ(statusOf(3)["ddc"], false);
+
+    std::filesystem::remove(session.statusFile());
+    model->handleURL("lumora://frobnicate?x=1");
+    EXPECT_TRUE(wasLogged("url: unknown command frobnicate"));
+    EXPECT_TRUE(status().is_object());
+}
+
+TEST_F(Commands, LogLineStaysOneLineAndUrlsWithoutHostAreDropped) {
+    model->handleURL("lumora://status?name=%0Aurl:%20frobnicate%20%22x%22&%0D=%5C");
+    model->handleURL("lumora://fro%0Abnicate");
+    const auto lines = logged();
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                            [](const std::string& l) { return l.starts_with("url: "); }),
+              3);
+    EXPECT_TRUE(wasLogged(R"(url: status ["\r": "\\", "name": "\nurl: frobnicate \"x\""])"));
+    EXPECT_TRUE(wasLogged(R"(url: unknown command fro\nbnicate)"));
+
+    std::filesystem::remove(session.statusFile());
+    model->handleURL("lumora:status");
+    model->handleURL("lumora://?value=1");
+    EXPECT_EQ(logged().size(), lines.size());
+    EXPECT_FALSE(std::filesystem::exists(session.statusFile()));
+}
+
+}  // namespace
+}  // namespace lumora::test

@@ -1,0 +1,134 @@
+// The model's refresh cycle: start-up order, reconfiguration bursts, the idle-sleep assertion,
+// the lid's change callback, and delayed work that outlives the model.
+#include <gtest/gtest.h>
+
+#include "ModelScenario.h"
+
+namespace lumora::test {
+namespace {
+
+class RefreshCycle : public ModelScenario {
+  protected:
+    std::size_t indexOf(const std::string& prefix) {
+        const auto lines = logged();
+        auto found = std::find_if(lines.begin(), lines.end(),
+                                  [&](const std::string& l) { return l.starts_with(prefix); });
+        return static_cast<std::size_t>(found - lines.begin());
+    }
+    nlohmann::json assertions() { return machine->state()["power"]["assertions"]; }
+
+    int refreshes = 0;
+    Subscription counting;
+};
+
+TEST_F(RefreshCycle, StartLogsTheVersionThenBringsTheSubsystemsUpInOrder) {
+    VirtualScreenConfig side{VirtualScreens::kFirstID, "Side", 1920, 1080, 60, false, true};
+    defaults.setJsonData(VirtualScreens::kStorageKey, VirtualScreenConfig::listToJson({side}));
+    start("laptopAndExternal.json");
+    EXPECT_EQ(logged().front(), "Lumora 0.1.0 start");
+    EXPECT_LT(indexOf("virtual screen 'Side' 1920"), indexOf("lid: start"));
+    EXPECT_LT(indexOf("lid: start"), indexOf("DDC: 1 external display(s) with a DDC channel, 1"));
+    EXPECT_EQ(model->virtualConfigs().get(), std::vector<VirtualScreenConfig>{side});
+    EXPECT_EQ(machine->input().registrations().size(), 4u);
+    EXPECT_TRUE(machine->input().tapInstalled());
+    EXPECT_EQ(model->lidMode().get(), LidMode::open);
+    EXPECT_EQ(model->lidAngle().get(), 110);
+    EXPECT_EQ(model->displays()->size(), 4u);
+}
+
+TEST_F(RefreshCycle, ABurstOfEventsMakesOneRefreshAFixedDelayAfterTheFirst) {
+    start("laptopAndExternal.json", /*events=*/true);
+    counting = model->displays().subscribe([this] { ++refreshes; });
+    for (int i = 0; i < 5; ++i) {
+        eventServer->fire(2, 0);
+        clock.advance(0.05);
+    }
+    clock.advance(AppModel::kRefreshDelay - 0.25 - 0.001);
+    EXPECT_EQ(refreshes, 0);
+    clock.advance(0.002);
+    EXPECT_EQ(refreshes, 1);
+    clock.advance(2.0);
+    EXPECT_EQ(refreshes, 1);
+
+    // The begin flag announces a change that has not happened yet.
+    eventServer->fire(2, kReconfigBegin);
+    eventServer->fire(2, kReconfigBegin | kReconfigAdd);
+    clock.advance(2.0);
+    EXPECT_EQ(refreshes, 1);
+}
+
+TEST_F(RefreshCycle, AnAddedDisplayIsRescannedAtOnceAndRefreshedOnce) {
+    start("laptopAndExternal.json", /*events=*/true);
+    counting = model->displays().subscribe([this] { ++refreshes; });
+    machine->clearWire();
+    const double t0 = clock.uptime();
+    eventServer->fire(3, kReconfigAdd);
+    eventServer->fire(2, kReconfigRemove);
+    clock.runDue();
+    // Both rescans start at once, before the refresh is due, and are not merged.
+    const auto wire = machine->wire();
+    ASSERT_FALSE(wire.empty());
+    EXPECT_LT(wire.front().time - t0, 0.05);
+    clock.advance(AppModel::kRefreshDelay);
+    const auto lines = logged();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                         "DDC: 1 external display(s) with a DDC channel, 1 answering"),
+              3);
+    EXPECT_EQ(refreshes, 1);
+}
+
+TEST_F(RefreshCycle, SleepAssertionFollowsTheExternalDisplays) {
+    start("laptopAndExternal.json");
+    EXPECT_TRUE(assertions().empty());
+    model->setPreventSleepWithExternal(true);
+    EXPECT_EQ(defaults.boolean(kPreventSleepKey), true);
+    EXPECT_EQ(assertions(), nlohmann::json::array({AppModel::kSleepAssertionName}));
+
+    machine->setOnline(2, false);
+    machine->setOnline(3, false);
+    clock.advance(AppModel::kRefreshDelay);
+    EXPECT_TRUE(assertions().empty());
+    machine->setOnline(3, true);
+    EXPECT_TRUE(assertions().empty());  // taken at the next refresh, not before
+    clock.advance(AppModel::kRefreshDelay);
+    EXPECT_EQ(assertions().size(), 1u);
+
+    model->setPreventSleepWithExternal(false);
+    EXPECT_TRUE(assertions().empty());
+}
+
+TEST_F(RefreshCycle, LidChangesAndLidSettingsReachTheModel) {
+    start("laptopAndExternal.json");
+    machine->setLidAngle(0);
+    clock.advance(3.0);
+    EXPECT_EQ(model->lidMode().get(), LidMode::closedExternal);
+    EXPECT_EQ(model->lidAngle().get(), 0);
+
+    const auto before = logged().size();
+    model->setLidConfig(LidConfig{});  // equal: nothing at all
+    EXPECT_EQ(logged().size(), before);
+    EXPECT_FALSE(defaults.contains(kLidConfigKey));
+    LidConfig config;
+    config.sleepDelay = 0;
+    model->setLidConfig(config);
+    EXPECT_EQ(model->lidConfig().get(), config);
+    EXPECT_EQ(LidConfig::fromJson(*defaults.jsonData(kLidConfigKey)), config);
+    EXPECT_TRUE(wasLogged("lid: config " + config.describe()));
+}
+
+TEST_F(RefreshCycle, DelayedWorkOutlivingTheModelDoesNothing) {
+    start("laptopAndExternal.json");
+    model->setHiDPI(2, true);      // a second refresh is queued
+    model->setBrightness(2, 0.9);  // a DDC write is queued
+    machine->setOnline(3, false);  // a coalesced refresh is queued
+    std::weak_ptr<AppModel> weak = model;
+    model.reset();
+    EXPECT_TRUE(weak.expired());
+    clock.advance(3.0);
+    machine->setOnline(3, true);
+    clock.advance(1.0);
+    EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 90);  // the pending write still reached the monitor
+}
+
+}  // namespace
+}  // namespace lumora::test
