@@ -7,6 +7,7 @@ namespace lumora::app {
 namespace {
 constexpr std::string_view kSimulate = "--simulate";
 constexpr std::string_view kSimState = "--sim-state=";
+constexpr std::string_view kRenderPanel = "--render-panel=";
 constexpr std::string_view kUrlScheme = "lumora://";
 }  // namespace
 
@@ -32,6 +33,13 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
                 return out;
             }
             out.stateFile = std::filesystem::path(std::string(file));
+        } else if (a.starts_with(kRenderPanel)) {
+            auto file = a.substr(kRenderPanel.size());
+            if (file.empty()) {
+                out.error = "--render-panel= needs a file";
+                return out;
+            }
+            out.renderPanel = std::filesystem::path(std::string(file));
         } else if (a == "--headless") {
             out.headless = true;
         } else if (a == "--preview") {
@@ -50,6 +58,10 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         }
     }
     if (out.stateFile && !out.simulate) out.error = "--sim-state needs --simulate";
+    // Both show the panel, which a headless agent never does.
+    if (out.headless && (out.preview || out.renderPanel)) {
+        out.error = "--headless shows no panel: drop --preview or --render-panel";
+    }
     return out;
 }
 

@@ -1,65 +1,88 @@
+#include <unistd.h>
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "AppDelegate.h"
+#include "Application.h"
 #include "CommandLine.h"
-#include "Listing.h"
-#include "display/Brightness.h"
-#include "display/Displays.h"
-#include "log/Log.h"
-#include "sim/MemoryDefaults.h"
-#include "sim/SimMachine.h"
-#include "sim/VirtualScheduler.h"
+#include "FrontEnd.h"
+#include "ListCommand.h"
+#include "runtime/AppPaths.h"
+#include "runtime/InstanceChannel.h"
 #include "sim/World.h"
 
 namespace {
 
-// Exit status for unusable arguments or world files.
+using namespace lumora;
+
+// Exit status for unusable arguments, world files or platforms.
 constexpr int kUsageError = 2;
 
-int listSimulated(const lumora::app::CommandLine& cli) {
-    using namespace lumora;
-    sim::World world = sim::defaultWorld();
-    if (cli.worldFile) {
-        auto loaded = sim::loadWorldFile(*cli.worldFile);
-        if (!loaded.world) {
-            std::cerr << "lumora: " << loaded.error << "\n";
-            return kUsageError;
-        }
-        world = std::move(*loaded.world);
-    }
-    // The listing needs no real waiting: the simulated monitor answers in virtual time.
-    sim::VirtualScheduler scheduler;
-    sim::SimMachine machine(std::move(world), scheduler);
-    if (cli.stateFile) machine.setStateFile(*cli.stateFile);
-    sim::MemoryDefaults defaults;
-    Log log(Log::Options{});  // the listing writes no log file
-    Displays displays(machine.displayServer(), defaults, log);
-    Brightness brightness(machine.backlight());
-    std::cout << "Lumora — simulated machine ("
-              << (cli.worldFile ? cli.worldFile->string() : std::string("built-in world")) << ")\n";
-    app::printListing(std::cout, displays, brightness, machine.avServices(), scheduler);
-    if (cli.stateFile) machine.writeStateFile();
-    return 0;
+std::optional<std::string> environmentVariable(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    if (value == nullptr) return std::nullopt;
+    return std::string(value);
+}
+
+std::optional<sim::World> loadWorld(const app::CommandLine& cli) {
+    if (!cli.worldFile) return sim::defaultWorld();
+    auto loaded = sim::loadWorldFile(*cli.worldFile);
+    if (!loaded.world) std::cerr << "lumora: " << loaded.error << "\n";
+    return std::move(loaded.world);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> args(argv + 1, argv + argc);
-    auto cli = lumora::app::parseCommandLine(args);
+    const auto cli = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (!cli.error.empty()) {
-        std::cerr << "lumora: " << cli.error << "\n" << lumora::app::kUsage << "\n";
+        std::cerr << "lumora: " << cli.error << "\n" << app::kUsage << "\n";
         return kUsageError;
     }
-    if (cli.list) {
-        if (cli.simulate) return listSimulated(cli);
+
+    // A URL for the agent of this user goes straight to it: nothing else needs building.
+    const bool showsPanelOnly = cli.preview || cli.renderPanel;
+    if (cli.url && !cli.list && !showsPanelOnly) {
+        const auto paths = app::AppPaths::fromEnvironment(environmentVariable, getuid());
+        if (auto done = app::InstanceChannel::handOver(paths.instanceSocket, *cli.url)) {
+            if (*done) return 0;
+            std::cerr << "lumora: the running Lumora did not carry out " << *cli.url << "\n";
+            return app::AppDelegate::kHandOverFailed;
+        }
+    }
+
+    if (!cli.simulate) {
         std::cerr << "lumora: this build has no backend for this platform's displays yet; "
-                     "use --simulate\n";
+                     "run it with --simulate\n";
         return kUsageError;
     }
-    std::cerr << "lumora: the agent is not built yet; run with --simulate --list\n"
-              << lumora::app::kUsage << "\n";
-    return kUsageError;
+    auto world = loadWorld(cli);
+    if (!world) return kUsageError;
+    if (cli.list) return app::listSimulated(cli, std::move(*world));
+
+    const app::FrontEnd frontEnd = app::chooseFrontEnd(cli, environmentVariable);
+    if (frontEnd.platform)
+        qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(*frontEnd.platform));
+    std::unique_ptr<QCoreApplication> qt;
+    if (frontEnd.widgets) {
+        auto gui = std::make_unique<QApplication>(argc, argv);
+        // The panel and the preview come and go; the agent stays until it is told to quit.
+        gui->setQuitOnLastWindowClosed(cli.preview);
+        qt = std::move(gui);
+    } else {
+        qt = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    int status = 0;
+    {
+        app::Application application(cli, std::move(*world), frontEnd);
+        status = application.run();
+    }
+    return status;
 }

@@ -27,6 +27,19 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
     EXPECT_EQ(parseCommandLine({"--simulatex"}).error, "unknown argument: --simulatex");
     EXPECT_EQ(parseCommandLine({"--sim-state=/tmp/s.json"}).error, "--sim-state needs --simulate");
     EXPECT_EQ(parseCommandLine({"lumora://a", "lumora://b"}).error, "only one URL at a time");
+    EXPECT_EQ(parseCommandLine({"--render-panel="}).error, "--render-panel= needs a file");
+    const std::string noPanel = "--headless shows no panel: drop --preview or --render-panel";
+    EXPECT_EQ(parseCommandLine({"--headless", "--preview"}).error, noPanel);
+    EXPECT_EQ(parseCommandLine({"--render-panel=/tmp/p.png", "--headless"}).error, noPanel);
+}
+
+TEST(CommandLine, RenderPanelTakesItsFileAndCombinesWithTheWorld) {
+    auto cli = parseCommandLine({"--simulate=/tmp/w.json", "--render-panel=/tmp/panel.png"});
+    EXPECT_TRUE(cli.error.empty()) << cli.error;
+    EXPECT_EQ(cli.renderPanel, std::filesystem::path("/tmp/panel.png"));
+    EXPECT_EQ(cli.worldFile, std::filesystem::path("/tmp/w.json"));
+    EXPECT_FALSE(cli.preview);
+    EXPECT_FALSE(parseCommandLine({"--preview"}).renderPanel);
 }
 
 }  // namespace

@@ -1,0 +1,136 @@
+#include "AppDelegate.h"
+
+#include <QCoreApplication>
+#include <QObject>
+#include <QTimer>
+#include <QWidget>
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+#include "Application.h"
+#include "Preview.h"
+#include "Tray.h"
+#include "display/Displays.h"
+#include "display/Gamma.h"
+#include "log/Log.h"
+#include "model/AppModel.h"
+#include "runtime/InstanceChannel.h"
+#include "runtime/QtSession.h"
+#include "runtime/SignalBridge.h"
+
+namespace lumora::app {
+
+AppDelegate::AppDelegate(Application& app) : app_(app), connections_(std::make_unique<QObject>()) {}
+
+AppDelegate::~AppDelegate() {
+    tray_.reset();
+    preview_.reset();
+    signals_.reset();
+    channel_.reset();
+    connections_.reset();
+}
+
+std::optional<int> AppDelegate::launch() {
+    // An agent without a Dock icon: on macOS the bundle's LSUIElement says so; elsewhere an
+    // application has no Dock icon to hide.
+
+    if (app_.commandLine().preview) return startPreview();
+
+    channel_ = std::make_unique<InstanceChannel>(app_.paths().instanceSocket);
+    // Requests are served from the event loop, which runs once the launch is over, so the
+    // handler never meets a model that has not started.
+    const auto listening = channel_->listen([this](const std::string& url) {
+        // Runs to the end, status file included, before the channel answers the client.
+        app_.model().handleURL(url);
+    });
+    if (listening == InstanceChannel::Listen::anotherInstance) return deferToRunningAgent();
+    if (listening == InstanceChannel::Listen::failed) {
+        app_.log().write("url: cannot listen on " + app_.paths().instanceSocket +
+                         "; commands from other processes are refused");
+    }
+    app_.takeOverMachine();
+
+    registerLoginItemOnFirstLaunch();
+    app_.model().start();
+    started_ = true;
+    installSignalHandlers();
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                     connections_.get(), [this] { cleanUp(); });
+    showTrayIcon();
+
+    if (const auto& url = app_.commandLine().url) app_.model().handleURL(*url);
+    return std::nullopt;
+}
+
+std::optional<int> AppDelegate::startPreview() {
+    app_.takeOverMachine();
+    app_.model().refresh();
+    preview_ = openPreviewWindow(app_.uiContext());
+    std::cout << "WINDOW " << preview_->winId() << std::endl;
+    // A coarse timer may fire up to 5 % early.
+    QTimer::singleShot(kPreviewMilliseconds, Qt::PreciseTimer, connections_.get(),
+                       [] { QCoreApplication::exit(0); });
+    return std::nullopt;
+}
+
+int AppDelegate::deferToRunningAgent() {
+    const auto& url = app_.commandLine().url;
+    if (!url) {
+        app_.log().write("another Lumora is running; exiting");
+        return 0;
+    }
+    // The agent may hold the lock a moment before it listens.
+    for (int attempt = 0; attempt < kHandOverAttempts; ++attempt) {
+        if (auto done = InstanceChannel::handOver(app_.paths().instanceSocket, *url)) {
+            if (*done) return 0;
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(kHandOverRetryMilliseconds));
+    }
+    std::cerr << "lumora: the running Lumora did not carry out " << *url << "\n";
+    return kHandOverFailed;
+}
+
+void AppDelegate::registerLoginItemOnFirstLaunch() {
+    // A start-at-login file put there by hand already starts the program.
+    if (app_.session().launchAgentInstalled()) return;
+    Defaults& defaults = app_.defaults();
+    if (defaults.boolean(kLoginItemAskedKey).value_or(false)) return;
+    // Asked once only, even when registration fails: the user has the switch in the menu.
+    defaults.setBoolean(kLoginItemAskedKey, true);
+    (void)app_.session().registerLoginItem();
+}
+
+void AppDelegate::installSignalHandlers() {
+    // The clean-up runs when the event loop has ended, so that nothing queued (a refresh
+    // after the reconnected displays, say) runs after it and undoes part of it.
+    signals_ = std::make_unique<SignalBridge>([](int) { QCoreApplication::exit(0); });
+    if (!signals_->installed()) {
+        app_.log().write("signals: cannot watch SIGTERM, SIGINT and SIGHUP");
+    }
+}
+
+void AppDelegate::showTrayIcon() {
+    if (!app_.showsWindows()) return;
+    tray_ = TrayIcon::create(app_.uiContext());
+    if (!tray_) {
+        app_.log().write("no system tray; running without an icon (URL commands still work)");
+    }
+}
+
+void AppDelegate::cleanUp() {
+    if (!started_ || cleanedUp_) return;
+    cleanedUp_ = true;
+    tray_.reset();
+    AppModel& model = app_.model();
+    app_.log().write("Lumora quit");
+    model.lid().shutdown();
+    model.hidpi().stopAll();
+    app_.gamma().resetAll();
+    model.virtualScreens().stopAll();
+    app_.displays().reconnectAll();
+    app_.persistForExit();
+}
+
+}  // namespace lumora::app

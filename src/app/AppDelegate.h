@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+class QObject;
+class QWidget;
+
+namespace lumora::app {
+
+class Application;
+class InstanceChannel;
+class SignalBridge;
+class TrayIcon;
+
+// The process's way in and out: sets the agent up, refuses to run twice, registers the login
+// item on first launch, starts the model, takes URL commands and termination signals, and on
+// every way out gives the displays back as they were.
+class AppDelegate {
+  public:
+    static constexpr const char* kLoginItemAskedKey = "loginItemAsked";
+    // The preview window is for a look, then the process ends by itself.
+    static constexpr int kPreviewMilliseconds = 15'000;
+    // A second start that lost the race for the lock finds the agent's socket within this.
+    static constexpr int kHandOverAttempts = 40;
+    static constexpr int kHandOverRetryMilliseconds = 50;
+    // Exit status of a hand-over that the running agent did not finish in time.
+    static constexpr int kHandOverFailed = 1;
+
+    explicit AppDelegate(Application& app);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+
+    // The launch sequence. An exit status when the process is to end now; nothing when the
+    // event loop is to run (the agent, or the preview until its timer ends it).
+    std::optional<int> launch();
+
+    // The clean-up sequence; runs once, when the event loop has ended (the quit button or a
+    // termination signal).
+    void cleanUp();
+
+  private:
+    std::optional<int> startPreview();
+    // This user's agent runs already: hand the URL over, or refuse to start.
+    int deferToRunningAgent();
+    void registerLoginItemOnFirstLaunch();
+    void installSignalHandlers();
+    void showTrayIcon();
+
+    Application& app_;
+    std::unique_ptr<QObject> connections_;  // ends the Qt connections made here with us
+    std::unique_ptr<InstanceChannel> channel_;
+    std::unique_ptr<SignalBridge> signals_;
+    std::unique_ptr<TrayIcon> tray_;
+    std::unique_ptr<QWidget> preview_;
+    bool started_ = false;
+    bool cleanedUp_ = false;
+};
+
+}  // namespace lumora::app

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "CommandLine.h"
+#include "FrontEnd.h"
+#include "runtime/AppPaths.h"
+#include "sim/World.h"
+
+namespace lumora {
+class AppModel;
+class Defaults;
+class Displays;
+class Gamma;
+class Log;
+class Osd;
+namespace sim {
+class SimMachine;
+}
+namespace ui {
+struct UiContext;
+}
+}  // namespace lumora
+
+namespace lumora::app {
+
+class AppDelegate;
+class QtScheduler;
+class QtSession;
+class WorldWatcher;
+
+// The composition root. Builds the backend, the services and the application model once, and
+// tears them down in the reverse order. The expensive pieces are built on first use, so a
+// second start that is refused builds little more than the log.
+//
+// Build it on the main thread after the Qt application object, and destroy it before that.
+class Application {
+  public:
+    Application(CommandLine cli, sim::World world, FrontEnd frontEnd);
+    ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    // Runs the program the command line asks for and returns its exit status.
+    int run();
+
+    [[nodiscard]] const CommandLine& commandLine() const { return cli_; }
+    [[nodiscard]] const AppPaths& paths() const { return paths_; }
+    // Windows can be shown: a QApplication on a reachable display server.
+    [[nodiscard]] bool showsWindows() const { return showsWindows_; }
+
+    Log& log();
+    Defaults& defaults();
+    QtSession& session();
+    sim::SimMachine& machine();
+    Displays& displays();
+    Gamma& gamma();
+    // Created on first use and kept for the life of the process.
+    AppModel& model();
+    // What the panel's views need; the quit button ends the event loop.
+    ui::UiContext uiContext();
+
+    // This process is the agent (or shows the panel): the simulated hardware state goes to
+    // the --sim-state file from now on, and world-file edits become hardware changes.
+    void takeOverMachine();
+    // The state file once more, and every log line on disk: the last step before exit.
+    void persistForExit();
+
+  private:
+    int renderPanel(const std::filesystem::path& file);
+
+    CommandLine cli_;
+    sim::World world_;
+    FrontEnd frontEnd_;
+    bool showsWindows_ = false;
+    AppPaths paths_;
+    // Destroyed bottom-up: whatever refers to a member is declared after it.
+    std::unique_ptr<QtScheduler> scheduler_;
+    std::unique_ptr<Log> log_;
+    std::unique_ptr<Defaults> defaults_;
+    std::unique_ptr<QtSession> session_;
+    std::unique_ptr<sim::SimMachine> machine_;
+    std::unique_ptr<Displays> displays_;
+    std::unique_ptr<Gamma> gamma_;
+    std::unique_ptr<Osd> osd_;  // the on-screen display when windows can be shown
+    std::shared_ptr<AppModel> model_;
+    std::unique_ptr<WorldWatcher> worldWatcher_;
+    std::unique_ptr<AppDelegate> delegate_;
+};
+
+}  // namespace lumora::app

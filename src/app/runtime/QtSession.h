@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "platform/Session.h"
+#include "runtime/AppPaths.h"
+
+namespace lumora::app {
+
+// The session of the running program. On Linux the login item is the XDG autostart entry:
+// switching it on writes the entry, switching it off removes it.
+class QtSession final : public Session {
+  public:
+    struct Launch {
+        std::filesystem::path binary;  // absolute path of the program to start at login
+        bool headless = false;         // start it with --headless
+    };
+
+    QtSession(AppPaths paths, Launch launch);
+
+    // "dev" when the build carries no version.
+    [[nodiscard]] std::string version() const override;
+    [[nodiscard]] std::filesystem::path statusFile() const override;
+    // Whether the start-at-login file existed when the session was built.
+    [[nodiscard]] bool launchAgentInstalled() const override;
+    // The file exists and does not hide itself (Hidden=true is how users switch entries off).
+    [[nodiscard]] bool loginItemEnabled() const override;
+    bool setLoginItemEnabled(bool enabled) override;
+
+    // The running binary, as the kernel knows it (symlinks resolved).
+    static std::filesystem::path runningBinary();
+
+  private:
+    AppPaths paths_;
+    Launch launch_;
+    bool launchAgentAtStart_ = false;
+};
+
+}  // namespace lumora::app

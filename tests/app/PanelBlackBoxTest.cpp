@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <regex>
+
+#include "AgentHarness.h"
+
+namespace lumora::test {
+namespace {
+
+TEST(PanelBlackBox, PreviewShowsAWindowForFifteenSecondsWithoutStartingTheAgent) {
+    Home home;
+    const auto begin = std::chrono::steady_clock::now();
+    Process preview(home, {"--simulate", "--preview"}, {{"QT_QPA_PLATFORM", "offscreen"}});
+    ASSERT_TRUE(eventually([&] { return contains(preview.output(), "WINDOW "); }, kStartLimit))
+        << preview.output();
+    EXPECT_TRUE(std::regex_search(preview.output(), std::regex("(^|\n)WINDOW [0-9]+\n")))
+        << preview.output();
+    // A preview is no agent: it takes no socket and refuses nobody.
+    EXPECT_FALSE(home.agentAnswers());
+
+    ASSERT_EQ(preview.waitExit(kExitLimit + 15s), 0) << preview.output();
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 15s);
+    const std::string log = readFile(home.logFile());
+    EXPECT_FALSE(contains(log, "lid: start")) << log;
+    EXPECT_FALSE(contains(log, "Lumora quit")) << log;
+    EXPECT_FALSE(std::filesystem::exists(home.autostartFile()));
+}
+
+TEST(PanelBlackBox, RenderPanelWritesAPngWithoutADisplayServer) {
+    Home home;
+    const auto png = home / "panel.png";
+    auto run = runToEnd(home, {"--simulate", "--render-panel=" + png.string()});
+    ASSERT_EQ(run.status, 0) << run.output;
+    EXPECT_TRUE(contains(run.output, "PANEL " + png.string() + "\n")) << run.output;
+    EXPECT_EQ(readFile(png).substr(0, 8), std::string("\x89PNG\r\n\x1a\n", 8));
+    EXPECT_FALSE(contains(readFile(home.logFile()), "lid: start"));
+
+    auto unwritable = runToEnd(home, {"--simulate", "--render-panel=/nonexistent/dir/p.png"});
+    EXPECT_EQ(unwritable.status, 1) << unwritable.output;
+    EXPECT_TRUE(contains(unwritable.output, "cannot write the panel to /nonexistent/dir/p.png"))
+        << unwritable.output;
+}
+
+TEST(PanelBlackBox, WithoutADisplayServerTheAgentRunsHeadlessAndSaysSo) {
+    Home home;
+    Process agent(home, {"--simulate"});
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
+    EXPECT_TRUE(contains(agent.output(),
+                         "no display server (DISPLAY and WAYLAND_DISPLAY are "
+                         "unset); running headless\n"))
+        << agent.output();
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
+TEST(PanelBlackBox, UnreachableDisplayServerFallsBackToHeadless) {
+    Home home;
+    // A display number nobody serves.
+    Process agent(home, {"--simulate"}, {{"DISPLAY", ":97"}});
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
+    EXPECT_TRUE(contains(agent.output(), "the display server cannot be reached; running headless"))
+        << agent.output();
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
+TEST(PanelBlackBox, GuiWithoutATrayKeepsRunningAndSaysSo) {
+    Home home;
+    // Qt's offscreen platform draws windows but has no system tray.
+    Process agent(home, {"--simulate"}, {{"QT_QPA_PLATFORM", "offscreen"}});
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
+    EXPECT_TRUE(contains(agent.output(),
+                         "no system tray; running without an icon (URL commands still work)\n"))
+        << agent.output();
+    auto run = runToEnd(home, {"lumora://brightness?display=2&value=40"});
+    EXPECT_EQ(run.status, 0) << run.output;
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
+}  // namespace
+}  // namespace lumora::test

@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <map>
+
+#include "RuntimeTestSupport.h"
+#include "runtime/AppPaths.h"
+#include "runtime/AutostartEntry.h"
+#include "runtime/QtSession.h"
+#include "support/TestSupport.h"
+
+namespace lumora::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+AppPaths::Environment environment(std::map<std::string, std::string> variables) {
+    return
+        [variables = std::move(variables)](const std::string& name) -> std::optional<std::string> {
+            auto it = variables.find(name);
+            if (it == variables.end()) return std::nullopt;
+            return it->second;
+        };
+}
+
+TEST(AppPaths, EverythingFollowsHomeWhenTheXdgVariablesAreUnset) {
+    auto paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"}}), 1234);
+    EXPECT_EQ(paths.home, fs::path("/home/ann"));
+    EXPECT_EQ(paths.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
+    EXPECT_EQ(paths.statusFile, fs::path("/home/ann/.local/state/lumora/status.json"));
+    EXPECT_EQ(paths.settingsFolder, fs::path("/home/ann/.config/Lumora"));
+    EXPECT_EQ(paths.settingsFile, fs::path("/home/ann/.config/Lumora/Lumora.conf"));
+    EXPECT_EQ(paths.autostartFile, fs::path("/home/ann/.config/autostart/lumora.desktop"));
+    EXPECT_EQ(paths.instanceSocket, "/tmp/lumora-1234");
+}
+
+TEST(AppPaths, XdgVariablesWinButRelativeOrEmptyOnesAreIgnored) {
+    auto paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
+                                                        {"XDG_STATE_HOME", "/s"},
+                                                        {"XDG_CONFIG_HOME", "/c"},
+                                                        {"XDG_RUNTIME_DIR", "/run/user/1234"}}),
+                                           1234);
+    EXPECT_EQ(paths.logFile, fs::path("/s/lumora/Lumora.log"));
+    EXPECT_EQ(paths.statusFile, fs::path("/s/lumora/status.json"));
+    EXPECT_EQ(paths.settingsFile, fs::path("/c/Lumora/Lumora.conf"));
+    EXPECT_EQ(paths.autostartFile, fs::path("/c/autostart/lumora.desktop"));
+    EXPECT_EQ(paths.instanceSocket, "/run/user/1234/lumora.socket");
+
+    auto relative = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
+                                                           {"XDG_STATE_HOME", "state"},
+                                                           {"XDG_CONFIG_HOME", ""},
+                                                           {"XDG_RUNTIME_DIR", "run"}}),
+                                              7);
+    EXPECT_EQ(relative.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
+    EXPECT_EQ(relative.settingsFile, fs::path("/home/ann/.config/Lumora/Lumora.conf"));
+    EXPECT_EQ(relative.instanceSocket, "/tmp/lumora-7");
+}
+
+TEST(AppPaths, WithoutHomeTheAccountDatabaseNamesIt) {
+    const passwd* me = getpwuid(getuid());
+    ASSERT_NE(me, nullptr);
+    auto paths = AppPaths::fromEnvironment(environment({}), static_cast<unsigned>(getuid()));
+    EXPECT_EQ(paths.home, fs::path(me->pw_dir));
+}
+
+class SessionTest : public test::QtAppTest {
+  protected:
+    test::TempDir dir;
+    AppPaths paths =
+        AppPaths::fromEnvironment(environment({{"HOME", dir.path().string()},
+                                               {"XDG_CONFIG_HOME", (dir / "config").string()}}),
+                                  1);
+};
+
+TEST_F(SessionTest, LoginItemSwitchWritesAndRemovesTheAutostartEntry) {
+    QtSession session(paths, {"/opt/Lumora Apps/lumora", true});
+    EXPECT_FALSE(session.launchAgentInstalled());
+    EXPECT_FALSE(session.loginItemEnabled());
+
+    ASSERT_TRUE(session.registerLoginItem());
+    EXPECT_TRUE(session.loginItemEnabled());
+    EXPECT_EQ(test::readFile(dir / "config/autostart/lumora.desktop"),
+              "[Desktop Entry]\n"
+              "Type=Application\n"
+              "Name=Lumora\n"
+              "Comment=Display control agent\n"
+              "Exec=\"/opt/Lumora Apps/lumora\" --headless\n"
+              "Terminal=false\n"
+              "NoDisplay=true\n"
+              "X-GNOME-Autostart-enabled=true\n");
+    // Installed means "there at start": this run's own registration does not count.
+    EXPECT_FALSE(session.launchAgentInstalled());
+    EXPECT_TRUE(QtSession(paths, {}).launchAgentInstalled());
+
+    ASSERT_TRUE(session.setLoginItemEnabled(false));
+    EXPECT_FALSE(session.loginItemEnabled());
+    EXPECT_FALSE(fs::exists(dir / "config/autostart/lumora.desktop"));
+    EXPECT_TRUE(session.setLoginItemEnabled(false)) << "already off";
+}
+
+TEST_F(SessionTest, AnEntryTheUserHidIsOffAndAnUnwritableFolderFails) {
+    fs::create_directories(dir / "config/autostart");
+    test::writeFile(dir / "config/autostart/lumora.desktop", "[Desktop Entry]\nHidden=true\n");
+    QtSession session(paths, {"/usr/bin/lumora", false});
+    EXPECT_TRUE(session.launchAgentInstalled());
+    EXPECT_FALSE(session.loginItemEnabled());
+
+    // "autostart" is a file here, so no entry can be written under it.
+    test::TempDir other;
+    test::writeFile(other / "autostart", "not a folder");
+    QtSession blocked(
+        AppPaths::fromEnvironment(environment({{"HOME", other.path().string()},
+                                               {"XDG_CONFIG_HOME", other.path().string()}}),
+                                  1),
+        {"/usr/bin/lumora", false});
+    EXPECT_FALSE(blocked.setLoginItemEnabled(true));
+    EXPECT_FALSE(blocked.loginItemEnabled());
+}
+
+TEST_F(SessionTest, VersionAndStatusFileComeFromTheBuildAndThePaths) {
+    QtSession session(paths, {});
+    EXPECT_EQ(session.version(), LUMORA_VERSION);
+    EXPECT_NE(session.version(), "dev");
+    EXPECT_EQ(session.statusFile(), paths.statusFile);
+    EXPECT_TRUE(QtSession::runningBinary().is_absolute());
+    EXPECT_TRUE(fs::exists(QtSession::runningBinary()));
+}
+
+TEST(AutostartEntry, ExecArgumentsAreQuotedAndEscapedAsDesktopEntriesRequire) {
+    EXPECT_EQ(quoteExecArgument("/usr/bin/lumora"), "/usr/bin/lumora");
+    EXPECT_EQ(quoteExecArgument("/opt/my apps/lumora"), "\"/opt/my apps/lumora\"");
+    // Inside quotes: \" \` \$ \\ ; then every backslash doubled for the string value.
+    EXPECT_EQ(quoteExecArgument("/a\"b"), "\"/a\\\\\"b\"");
+    EXPECT_EQ(quoteExecArgument("/a$b"), "\"/a\\\\$b\"");
+    EXPECT_EQ(quoteExecArgument("/a\\b"), "\"/a\\\\\\\\b\"");
+    EXPECT_EQ(quoteExecArgument("/100%/lumora"), "/100%%/lumora");
+    EXPECT_EQ(quoteExecArgument(""), "\"\"");
+    EXPECT_EQ(autostartEntry("/usr/bin/lumora", false).find("--headless"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace lumora::app
