@@ -20,7 +20,7 @@ std::array<std::uint8_t, 128> makeEdid(std::uint32_t vendor, std::uint32_t produ
 // the I2C transfers of its channel with the time they happen (scheduler uptime, seconds).
 // Not locked: its owner serialises access.
 class SimDdcMonitor {
-public:
+  public:
     SimDdcMonitor(const WorldDdc& config, std::uint32_t vendor, std::uint32_t product,
                   std::uint32_t serial);
 
@@ -40,7 +40,7 @@ public:
     // Hosts must wait this long between a request and reading its reply.
     static constexpr double kReplyDelay = 0.040;
 
-private:
+  private:
     WorldDdc config_;
     std::array<std::uint8_t, 128> edid_;
     std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp_;

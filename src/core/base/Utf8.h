@@ -1,41 +1,54 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace lumora {
 
-// Strict UTF-8 check: rejects overlong forms, surrogates and code points above U+10FFFF.
+// Decodes the UTF-8 sequence at the start of `s` into `codePoint` and returns its length in
+// bytes; 0 when `s` is empty or does not start with a valid sequence (overlong forms,
+// surrogates and code points above U+10FFFF are invalid).
+inline std::size_t decodeUtf8(std::string_view s, char32_t& codePoint) {
+    if (s.empty()) return 0;
+    const auto lead = static_cast<unsigned char>(s[0]);
+    std::size_t extra = 0;
+    if (lead < 0x80) {
+        codePoint = lead;
+        return 1;
+    }
+    if ((lead & 0xE0) == 0xC0) {
+        extra = 1;
+        codePoint = lead & 0x1F;
+    } else if ((lead & 0xF0) == 0xE0) {
+        extra = 2;
+        codePoint = lead & 0x0F;
+    } else if ((lead & 0xF8) == 0xF0) {
+        extra = 3;
+        codePoint = lead & 0x07;
+    } else {
+        return 0;
+    }
+    if (extra >= s.size()) return 0;
+    for (std::size_t k = 1; k <= extra; ++k) {
+        const auto next = static_cast<unsigned char>(s[k]);
+        if ((next & 0xC0) != 0x80) return 0;
+        codePoint = (codePoint << 6) | (next & 0x3F);
+    }
+    static constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+    if (codePoint < kSmallest[extra] || codePoint > 0x10FFFF ||
+        (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
+        return 0;
+    }
+    return extra + 1;
+}
+
 inline bool isValidUtf8(std::string_view s) {
     std::size_t i = 0;
+    char32_t codePoint = 0;
     while (i < s.size()) {
-        auto c = static_cast<unsigned char>(s[i]);
-        std::size_t extra = 0;
-        char32_t cp = 0;
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        if ((c & 0xE0) == 0xC0) {
-            extra = 1;
-            cp = c & 0x1F;
-        } else if ((c & 0xF0) == 0xE0) {
-            extra = 2;
-            cp = c & 0x0F;
-        } else if ((c & 0xF8) == 0xF0) {
-            extra = 3;
-            cp = c & 0x07;
-        } else {
-            return false;
-        }
-        if (i + extra >= s.size()) return false;
-        for (std::size_t k = 1; k <= extra; ++k) {
-            auto cc = static_cast<unsigned char>(s[i + k]);
-            if ((cc & 0xC0) != 0x80) return false;
-            cp = (cp << 6) | (cc & 0x3F);
-        }
-        static constexpr char32_t kMin[] = {0, 0x80, 0x800, 0x10000};
-        if (cp < kMin[extra] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
-        i += extra + 1;
+        const std::size_t length = decodeUtf8(s.substr(i), codePoint);
+        if (length == 0) return false;
+        i += length;
     }
     return true;
 }

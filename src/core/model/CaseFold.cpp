@@ -1,5 +1,7 @@
 #include "model/CaseFold.h"
 
+#include "base/Utf8.h"
+
 namespace lumora {
 
 namespace {
@@ -38,37 +40,6 @@ char32_t lower(char32_t c) {
     return c;
 }
 
-// Decodes one UTF-8 sequence at the start of `s`; 0 when it is not a valid one.
-std::size_t decode(std::string_view s, char32_t& c) {
-    const auto lead = static_cast<unsigned char>(s[0]);
-    std::size_t extra = 0;
-    if (lead < 0x80) {
-        c = lead;
-        return 1;
-    }
-    if ((lead & 0xE0) == 0xC0) {
-        extra = 1;
-        c = lead & 0x1F;
-    } else if ((lead & 0xF0) == 0xE0) {
-        extra = 2;
-        c = lead & 0x0F;
-    } else if ((lead & 0xF8) == 0xF0) {
-        extra = 3;
-        c = lead & 0x07;
-    } else {
-        return 0;
-    }
-    if (extra >= s.size()) return 0;
-    for (std::size_t k = 1; k <= extra; ++k) {
-        const auto next = static_cast<unsigned char>(s[k]);
-        if ((next & 0xC0) != 0x80) return 0;
-        c = (c << 6) | (next & 0x3F);
-    }
-    static constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-    if (c < kSmallest[extra] || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return 0;
-    return extra + 1;
-}
-
 void encode(char32_t c, std::string& out) {
     if (c < 0x80) {
         out.push_back(static_cast<char>(c));
@@ -95,7 +66,7 @@ std::string foldCase(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size()) {
         char32_t c = 0;
-        const std::size_t length = decode(text.substr(i), c);
+        const std::size_t length = decodeUtf8(text.substr(i), c);
         if (length == 0) {
             out.push_back(text[i]);  // not UTF-8: kept as it is
             ++i;

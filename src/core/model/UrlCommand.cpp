@@ -1,5 +1,7 @@
 #include "model/UrlCommand.h"
 
+#include "base/Utf8.h"
+
 #include <cstdint>
 #include <cstdio>
 
@@ -105,36 +107,6 @@ void appendCodePoint(std::string& out, const char* format, unsigned value) {
     out += buffer;
 }
 
-// Length of the UTF-8 sequence at the start of `s` and its code point; 0 when it is not one.
-std::size_t utf8Sequence(std::string_view s, char32_t& codePoint) {
-    const auto lead = static_cast<unsigned char>(s[0]);
-    std::size_t extra = 0;
-    if ((lead & 0xE0) == 0xC0) {
-        extra = 1;
-        codePoint = lead & 0x1F;
-    } else if ((lead & 0xF0) == 0xE0) {
-        extra = 2;
-        codePoint = lead & 0x0F;
-    } else if ((lead & 0xF8) == 0xF0) {
-        extra = 3;
-        codePoint = lead & 0x07;
-    } else {
-        return 0;
-    }
-    if (extra >= s.size()) return 0;
-    for (std::size_t k = 1; k <= extra; ++k) {
-        const auto next = static_cast<unsigned char>(s[k]);
-        if ((next & 0xC0) != 0x80) return 0;
-        codePoint = (codePoint << 6) | (next & 0x3F);
-    }
-    static constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-    if (codePoint < kSmallest[extra] || codePoint > 0x10FFFF ||
-        (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
-        return 0;
-    }
-    return extra + 1;
-}
-
 // C1 controls and the two separators some readers take for line breaks.
 bool breaksLines(char32_t codePoint) {
     return (codePoint >= 0x80 && codePoint <= 0x9F) || codePoint == 0x2028 || codePoint == 0x2029;
@@ -214,7 +186,7 @@ std::string escapeForLog(std::string_view text) {
             continue;
         }
         char32_t codePoint = 0;
-        const std::size_t length = utf8Sequence(text.substr(i), codePoint);
+        const std::size_t length = decodeUtf8(text.substr(i), codePoint);
         if (length == 0) {
             appendCodePoint(out, "\\x{%x}", byte);
             ++i;
