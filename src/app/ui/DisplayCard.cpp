@@ -40,12 +40,7 @@ QPushButton* smallButton(const QString& text, QWidget* parent) {
 
 DisplayCard::DisplayCard(UiContext& context, CardShape shape, QWidget* parent)
     : QFrame(parent), context_(context), shape_(std::move(shape)) {
-    setObjectName(QStringLiteral("card"));
-    setAttribute(Qt::WA_StyledBackground);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(style::kCardPadding, style::kCardPadding, style::kCardPadding,
-                               style::kCardPadding);
-    layout->setSpacing(style::kRowSpacing);
+    auto* layout = style::makeBlockLayout(this, QStringLiteral("card"));
     buildHeader();
     buildSwitchOff();
     if (shape_.controls) {

@@ -24,12 +24,7 @@ constexpr int kShortcutButtonMinWidth = 76;
 }  // namespace
 
 KeysSection::KeysSection(UiContext& context, QWidget* parent) : QFrame(parent), context_(context) {
-    setObjectName(QStringLiteral("section"));
-    setAttribute(Qt::WA_StyledBackground);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(style::kCardPadding, style::kCardPadding, style::kCardPadding,
-                               style::kCardPadding);
-    layout->setSpacing(style::kRowSpacing);
+    auto* layout = style::makeBlockLayout(this, QStringLiteral("section"));
     layout->addWidget(style::makeHeading(QStringLiteral("Клавиши"), this));
 
     AppModel& model = context_.model;

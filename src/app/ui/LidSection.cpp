@@ -12,12 +12,7 @@
 namespace lumora::ui {
 
 LidSection::LidSection(UiContext& context, QWidget* parent) : QFrame(parent), context_(context) {
-    setObjectName(QStringLiteral("section"));
-    setAttribute(Qt::WA_StyledBackground);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(style::kCardPadding, style::kCardPadding, style::kCardPadding,
-                               style::kCardPadding);
-    layout->setSpacing(style::kRowSpacing);
+    auto* layout = style::makeBlockLayout(this, QStringLiteral("section"));
     layout->addWidget(style::makeHeading(QStringLiteral("Крышка и сон"), this));
 
     const auto toggle = [this, layout](const QString& text, const char* name) {

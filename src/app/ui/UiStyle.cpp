@@ -75,6 +75,15 @@ QLabel* makeLabel(const QString& text, const QFont& font, QWidget* parent, bool 
     return label;
 }
 
+QVBoxLayout* makeBlockLayout(QFrame* block, const QString& objectName) {
+    block->setObjectName(objectName);
+    block->setAttribute(Qt::WA_StyledBackground);
+    auto* layout = new QVBoxLayout(block);
+    layout->setContentsMargins(kCardPadding, kCardPadding, kCardPadding, kCardPadding);
+    layout->setSpacing(kRowSpacing);
+    return layout;
+}
+
 QLabel* makeHeading(const QString& text, QWidget* parent) {
     return makeLabel(text, subheadlineFont(), parent);
 }

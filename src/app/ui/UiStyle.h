@@ -2,6 +2,8 @@
 
 #include <QColor>
 #include <QFont>
+#include <QFrame>
+#include <QVBoxLayout>
 #include <QString>
 
 class QLabel;
@@ -37,6 +39,9 @@ QColor accentColor();
 QLabel* makeLabel(const QString& text, const QFont& font, QWidget* parent, bool wrap = false);
 // A section heading: "Клавиши", "Крышка и сон", ...
 QLabel* makeHeading(const QString& text, QWidget* parent);
+// Makes `block` one of the panel's rounded blocks (objectName "card" or "section", styled by
+// panelStyleSheet) and gives it its padded vertical layout.
+QVBoxLayout* makeBlockLayout(QFrame* block, const QString& objectName);
 void setTextColor(QWidget* widget, const QColor& color);
 // A small capsule label: "главный", "HiDPI", ...
 QLabel* makeBadge(const QString& text, QWidget* parent);

@@ -25,12 +25,7 @@ constexpr int kButtonIconSize = 14;
 
 VirtualSection::VirtualSection(UiContext& context, QWidget* parent)
     : QFrame(parent), context_(context) {
-    setObjectName(QStringLiteral("section"));
-    setAttribute(Qt::WA_StyledBackground);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(style::kCardPadding, style::kCardPadding, style::kCardPadding,
-                               style::kCardPadding);
-    layout->setSpacing(style::kRowSpacing);
+    auto* layout = style::makeBlockLayout(this, QStringLiteral("section"));
 
     auto* heading = new QHBoxLayout;
     heading->setSpacing(style::kRowSpacing);

@@ -14,6 +14,7 @@
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
+#include "support/ForwardingDisplayServer.h"
 #include "support/TestSupport.h"
 
 namespace lumora::test {
@@ -28,40 +29,13 @@ inline DisplayInfo offline(DisplayID id, std::string name, bool builtin = false)
 // The simulated display server with faults the simulated hardware cannot produce (a
 // transaction that cannot begin, a completion that fails).
 // It records every configuration call, so tests can assert exactly what was issued.
-class FaultyServer final : public DisplayServer {
+class FaultyServer final : public ForwardingDisplayServer {
   public:
-    explicit FaultyServer(DisplayServer& inner) : inner_(inner) {}
+    using ForwardingDisplayServer::ForwardingDisplayServer;
 
     bool failBegin = false;
     std::optional<ConfigStatus> failComplete;
     Lines calls;
-
-    std::vector<DisplayID> onlineIDs() const override { return inner_.onlineIDs(); }
-    DisplayID mainDisplay() const override { return inner_.mainDisplay(); }
-    bool isBuiltin(DisplayID id) const override { return inner_.isBuiltin(id); }
-    bool isAsleep(DisplayID id) const override { return inner_.isAsleep(id); }
-    std::uint32_t vendor(DisplayID id) const override { return inner_.vendor(id); }
-    std::uint32_t model(DisplayID id) const override { return inner_.model(id); }
-    std::uint32_t serial(DisplayID id) const override { return inner_.serial(id); }
-    double rotation(DisplayID id) const override { return inner_.rotation(id); }
-    Rect bounds(DisplayID id) const override { return inner_.bounds(id); }
-    Size physicalSize(DisplayID id) const override { return inner_.physicalSize(id); }
-    std::optional<PlatformMode> currentMode(DisplayID id) const override {
-        return inner_.currentMode(id);
-    }
-    std::vector<PlatformMode> allModes(DisplayID id) const override { return inner_.allModes(id); }
-    DisplayID mirrorSource(DisplayID id) const override { return inner_.mirrorSource(id); }
-    bool canEnableDisable() const override { return inner_.canEnableDisable(); }
-    void restoreColorProfiles() override { inner_.restoreColorProfiles(); }
-    ConfigStatus setTransferTable(DisplayID id, const GammaTable& table) override {
-        return inner_.setTransferTable(id, table);
-    }
-    std::vector<Screen> screens() const override { return inner_.screens(); }
-    Point pointerLocation() const override { return inner_.pointerLocation(); }
-    int addReconfigurationHandler(ReconfigurationHandler handler) override {
-        return inner_.addReconfigurationHandler(std::move(handler));
-    }
-    void removeReconfigurationHandler(int id) override { inner_.removeReconfigurationHandler(id); }
 
     std::unique_ptr<DisplayConfiguration> beginConfiguration() override {
         calls.emplace_back("begin");
@@ -111,8 +85,6 @@ class FaultyServer final : public DisplayServer {
         FaultyServer& owner_;
         std::unique_ptr<DisplayConfiguration> inner_;
     };
-
-    DisplayServer& inner_;
 };
 
 // A simulated machine, an in-memory defaults store, a log in a temporary folder and the

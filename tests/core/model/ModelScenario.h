@@ -18,46 +18,22 @@
 #include "sim/SimSession.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
+#include "support/ForwardingDisplayServer.h"
 #include "support/TestSupport.h"
 
 namespace lumora::test {
 
 // The display server with a hand on the reconfiguration events, so a test can deliver exactly
 // the flags it wants (the simulated hardware always sends begin and change together).
-class EventServer final : public DisplayServer {
+class EventServer final : public ForwardingDisplayServer {
   public:
-    explicit EventServer(DisplayServer& inner) : inner_(inner) {}
+    using ForwardingDisplayServer::ForwardingDisplayServer;
 
     void fire(DisplayID id, std::uint32_t flags) {
         for (auto& handler : handlers_)
             handler(id, flags);
     }
 
-    std::vector<DisplayID> onlineIDs() const override { return inner_.onlineIDs(); }
-    DisplayID mainDisplay() const override { return inner_.mainDisplay(); }
-    bool isBuiltin(DisplayID id) const override { return inner_.isBuiltin(id); }
-    bool isAsleep(DisplayID id) const override { return inner_.isAsleep(id); }
-    std::uint32_t vendor(DisplayID id) const override { return inner_.vendor(id); }
-    std::uint32_t model(DisplayID id) const override { return inner_.model(id); }
-    std::uint32_t serial(DisplayID id) const override { return inner_.serial(id); }
-    double rotation(DisplayID id) const override { return inner_.rotation(id); }
-    Rect bounds(DisplayID id) const override { return inner_.bounds(id); }
-    Size physicalSize(DisplayID id) const override { return inner_.physicalSize(id); }
-    std::optional<PlatformMode> currentMode(DisplayID id) const override {
-        return inner_.currentMode(id);
-    }
-    std::vector<PlatformMode> allModes(DisplayID id) const override { return inner_.allModes(id); }
-    DisplayID mirrorSource(DisplayID id) const override { return inner_.mirrorSource(id); }
-    std::unique_ptr<DisplayConfiguration> beginConfiguration() override {
-        return inner_.beginConfiguration();
-    }
-    bool canEnableDisable() const override { return inner_.canEnableDisable(); }
-    void restoreColorProfiles() override { inner_.restoreColorProfiles(); }
-    ConfigStatus setTransferTable(DisplayID id, const GammaTable& table) override {
-        return inner_.setTransferTable(id, table);
-    }
-    std::vector<Screen> screens() const override { return inner_.screens(); }
-    Point pointerLocation() const override { return inner_.pointerLocation(); }
     // Kept here only: the hardware's own events do not reach the model through this server.
     int addReconfigurationHandler(ReconfigurationHandler handler) override {
         handlers_.push_back(std::move(handler));
@@ -66,7 +42,6 @@ class EventServer final : public DisplayServer {
     void removeReconfigurationHandler(int) override {}
 
   private:
-    DisplayServer& inner_;
     std::vector<ReconfigurationHandler> handlers_;
 };
 
