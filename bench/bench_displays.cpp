@@ -8,7 +8,7 @@
 
 #include "display/Displays.h"
 #include "display/Gamma.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
@@ -65,7 +65,7 @@ struct Machine {
           machine(w, scheduler),
           displays(machine.displayServer(), defaults, log) {}
     sim::VirtualScheduler scheduler;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     Log log;
     sim::SimMachine machine;
     Displays displays;
@@ -127,7 +127,7 @@ void gammaTableOnly(benchmark::State& state) {
     ColorAdjust adjust;
     adjust.dim = 0.7;
     adjust.gamma = 1.2;
-    GammaTable table;
+    GammaCurve table;
     for (auto _ : state) {
         Gamma::fill(adjust, table);
         benchmark::DoNotOptimize(table);

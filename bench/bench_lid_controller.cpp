@@ -9,7 +9,7 @@
 #include "display/Displays.h"
 #include "lid/LidController.h"
 #include "log/Log.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
@@ -32,7 +32,7 @@ struct Laptop {
 
     Log log;
     sim::VirtualScheduler scheduler;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     sim::SimMachine machine;
     Displays displays;
     std::shared_ptr<LidController> lid;

@@ -10,7 +10,7 @@
 #include "display/Displays.h"
 #include "log/Log.h"
 #include "model/AppModel.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/SimSession.h"
 #include "sim/VirtualScheduler.h"
@@ -47,10 +47,8 @@ struct Bench {
           session(folder / "home", "bench"),
           machine(sim::parseWorld(eightDisplays()).world.value(), clock),
           displays(machine.displayServer(), defaults, log) {
-        model = AppModel::create(AppPorts{
-            clock, machine.displayServer(), machine.backlight(), machine.avServices(),
-            machine.virtualDisplays(), machine.power(), machine.lidSensor(), machine.systemEvents(),
-            machine.input(), machine.osd(), session, defaults, displays, log});
+        model = AppModel::create(
+            AppPorts{machine, clock, machine.osd(), session, defaults, displays, log});
         model->start();
         clock.advance(5.0);  // the start-up DDC rescan of four monitors
     }
@@ -58,7 +56,7 @@ struct Bench {
 
     Log log;
     sim::VirtualScheduler clock;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     sim::SimSession session;
     sim::SimMachine machine;
     Displays displays;
@@ -84,7 +82,7 @@ void BM_StatusCommand(benchmark::State& state) {
     Bench bench(scratch("lumora-bench-status"));
     const Query none;
     for (auto _ : state) {
-        bench.model->handle("status", none);
+        bench.model->dispatcher().handle("status", none, nullptr);
     }
 }
 BENCHMARK(BM_StatusCommand);
@@ -93,7 +91,7 @@ void BM_SetDDCBurst(benchmark::State& state) {
     Bench bench(scratch("lumora-bench-ddc"));
     int calls = 0;
     for (auto _ : state) {
-        bench.model->setDDC(2, VCP::brightness, (calls % 100) / 100.0, 100);
+        bench.model->ddc().set(2, VCP::brightness, (calls % 100) / 100.0, 100);
         if (++calls % kDdcCallsPerDrain == 0) {
             state.PauseTiming();
             bench.clock.runDue();

@@ -9,7 +9,6 @@
 
 #include "base/Check.h"
 #include "base/Utf8.h"
-#include "input/BrightnessKey.h"
 #include "input/ShortcutMap.h"
 #include "platform/Defaults.h"
 
@@ -51,18 +50,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzDefaults again;
     saveShortcuts(again, loaded);
     check(loadShortcuts(again) == loaded, "a loaded shortcut map did not round-trip");
-
-    SystemDefinedEvent event;
-    event.kind = SystemEventKind::systemDefined;
-    event.data1 = readAt<std::int64_t>(data, size, 0);
-    event.flags = ModifierFlags::fromBits(readAt<std::uint32_t>(data, size, 8));
-    event.subtype = readAt<std::uint8_t>(data, size, 12) & 0x0F;
-    if (auto key = decodeBrightnessKey(event)) {
-        check(event.subtype == kAuxControlButtonsSubtype, "decoded another subtype");
-        check(event.data1 >> 17 == 1, "decoded a key code other than 2 or 3");
-        check(!key->fine || (event.flags.has(Modifier::option) && event.flags.has(Modifier::shift)),
-              "fine step without option and shift");
-    }
 
     // Labels built from typed text stay UTF-8 when the text was.
     std::string typed(reinterpret_cast<const char*>(data), size);

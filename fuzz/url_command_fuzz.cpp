@@ -17,7 +17,7 @@
 #include "log/Log.h"
 #include "model/AppModel.h"
 #include "model/UrlCommand.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/SimSession.h"
 #include "sim/VirtualScheduler.h"
@@ -47,10 +47,8 @@ struct Machine {
           session(folder / "home", "fuzz"),
           machine(sim::defaultWorld(), clock),
           displays(machine.displayServer(), defaults, log) {
-        model = AppModel::create(AppPorts{
-            clock, machine.displayServer(), machine.backlight(), machine.avServices(),
-            machine.virtualDisplays(), machine.power(), machine.lidSensor(), machine.systemEvents(),
-            machine.input(), machine.osd(), session, defaults, displays, log});
+        model = AppModel::create(
+            AppPorts{machine, clock, machine.osd(), session, defaults, displays, log});
         model->start();
         clock.advance(kVirtualSecondsPerInput);
     }
@@ -58,7 +56,7 @@ struct Machine {
 
     Log log;
     sim::VirtualScheduler clock;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     sim::SimSession session;
     sim::SimMachine machine;
     Displays displays;

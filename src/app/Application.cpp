@@ -9,17 +9,17 @@
 #include <utility>
 
 #include "AppDelegate.h"
+#include "PlatformChoice.h"
 #include "Preview.h"
 #include "display/Displays.h"
 #include "display/Gamma.h"
 #include "log/Log.h"
 #include "model/AppModel.h"
+#include "platform/Platform.h"
 #include "runtime/QtScheduler.h"
 #include "runtime/QtSession.h"
 #include "runtime/SettingsDefaults.h"
 #include "runtime/SystemClock.h"
-#include "runtime/WorldWatcher.h"
-#include "sim/SimMachine.h"
 #include "ui/QtOsd.h"
 #include "ui/UiContext.h"
 
@@ -27,6 +27,8 @@ namespace lumora::app {
 
 namespace {
 
+// Exit status when there is no machine to control (bad world file, no backend).
+constexpr int kNoPlatform = 2;
 // Exit status when the panel could not be drawn or written.
 constexpr int kRenderFailed = 1;
 // A scan reads every control of every monitor over slow I2C, with retries.
@@ -40,7 +42,7 @@ void scanDdcAndWait(AppModel& model) {
     // The model tells before it stores the values: stop once the loop is back.
     const Subscription scanned = model.ddcValues().subscribe(
         [&loop] { QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection); });
-    model.rescanDDC();
+    model.ddc().rescan();
     loop.exec();
 }
 
@@ -53,13 +55,16 @@ std::unique_ptr<Defaults> makeDefaults(const AppPaths& paths) {
 #endif
 }
 
+// The agent without windows has nowhere to show a level.
+class HeadlessOsd final : public Osd {
+  public:
+    void show(DisplayID, double, const std::string&, const std::optional<std::string>&) override {}
+};
+
 }  // namespace
 
-Application::Application(CommandLine cli, sim::World world, FrontEnd frontEnd)
-    : cli_(std::move(cli)),
-      world_(std::move(world)),
-      frontEnd_(std::move(frontEnd)),
-      paths_(AppPaths::forThisProcess()) {
+Application::Application(CommandLine cli, FrontEnd frontEnd)
+    : cli_(std::move(cli)), frontEnd_(std::move(frontEnd)), paths_(AppPaths::forThisProcess()) {
     const bool offscreenFallback =
         frontEnd_.widgets &&
         fellBackOffscreen(frontEnd_, QGuiApplication::platformName().toStdString());
@@ -67,11 +72,15 @@ Application::Application(CommandLine cli, sim::World world, FrontEnd frontEnd)
 
     scheduler_ = std::make_unique<QtScheduler>();
     log_ = std::make_unique<Log>(Log::Options{paths_.logFile, systemLocalTime, &std::cout});
-    if (!frontEnd_.notice.empty()) log_->write(frontEnd_.notice);
-    if (offscreenFallback) {
+    defaults_ = makeDefaults(paths_);
+    PlatformChoice choice = choosePlatform(cli_, *scheduler_, *log_);
+    platform_ = std::move(choice.platform);
+    platformError_ = std::move(choice.error);
+    // Without a machine to control the process only says why and ends: nothing to log.
+    if (platform_ && !frontEnd_.notice.empty()) log_->write(frontEnd_.notice);
+    if (platform_ && offscreenFallback) {
         log_->write("the display server cannot be reached; running headless");
     }
-    defaults_ = makeDefaults(paths_);
     session_ = std::make_unique<QtSession>(
         paths_, QtSession::Launch{QtSession::runningBinary(), cli_.headless});
 }
@@ -79,11 +88,14 @@ Application::Application(CommandLine cli, sim::World world, FrontEnd frontEnd)
 Application::~Application() {
     // The views and handlers go first, then the model, then what the model works through.
     delegate_.reset();
-    worldWatcher_.reset();
     model_.reset();
 }
 
 int Application::run() {
+    if (!platform_) {
+        std::cerr << "lumora: " << platformError_ << "\n";
+        return kNoPlatform;
+    }
     if (cli_.renderPanel) return renderPanel(*cli_.renderPanel);
     delegate_ = std::make_unique<AppDelegate>(*this);
     if (auto status = delegate_->launch()) {
@@ -120,60 +132,48 @@ QtSession& Application::session() {
     return *session_;
 }
 
-sim::SimMachine& Application::machine() {
-    if (!machine_) machine_ = std::make_unique<sim::SimMachine>(world_, *scheduler_);
-    return *machine_;
-}
-
 Displays& Application::displays() {
     if (!displays_)
-        displays_ = std::make_unique<Displays>(machine().displayServer(), *defaults_, *log_);
+        displays_ = std::make_unique<Displays>(platform_->displayServer(), *defaults_, *log_);
     return *displays_;
 }
 
 Gamma& Application::gamma() {
-    if (!gamma_) gamma_ = std::make_unique<Gamma>(machine().displayServer());
+    if (!gamma_) gamma_ = std::make_unique<Gamma>(platform_->displayServer());
     return *gamma_;
 }
 
 AppModel& Application::model() {
     if (model_) return *model_;
-    sim::SimMachine& sim = machine();
-    Osd* osd = &sim.osd();  // remembers what it would show: the headless agent has no screen
     if (showsWindows_) {
-        // The simulated displays have no place on the real desktop: the level shows on the
+        // Where the level shows: the screen of the display when the desktop has it, else the
         // primary screen.
         osd_ = std::make_unique<ui::QtOsd>([](DisplayID) { return std::optional<QRect>(); });
-        osd = osd_.get();
+    } else {
+        osd_ = std::make_unique<HeadlessOsd>();
     }
-    model_ = AppModel::create(AppPorts{*scheduler_, sim.displayServer(), sim.backlight(),
-                                       sim.avServices(), sim.virtualDisplays(), sim.power(),
-                                       sim.lidSensor(), sim.systemEvents(), sim.input(), *osd,
-                                       *session_, *defaults_, displays(), *log_});
+    model_ = AppModel::create(
+        AppPorts{*platform_, *scheduler_, *osd_, *session_, *defaults_, displays(), *log_});
     return *model_;
 }
 
 ui::UiContext Application::uiContext() {
-    sim::SimMachine& sim = machine();
+    Platform& platform = *platform_;
     return ui::UiContext{model(),
                          displays(),
                          *session_,
                          paths_.logFile,
                          [] { QCoreApplication::quit(); },
-                         [&sim] { sim.input().promptForTrust(); },
+                         [&platform] { platform.input().promptForTrust(); },
                          {}};
 }
 
 void Application::takeOverMachine() {
-    sim::SimMachine& sim = machine();
-    if (cli_.stateFile) sim.setStateFile(*cli_.stateFile);
-    if (cli_.worldFile && !worldWatcher_) {
-        worldWatcher_ = std::make_unique<WorldWatcher>(*cli_.worldFile, world_, sim, *log_);
-    }
+    platform_->attach(*log_);
 }
 
 void Application::persistForExit() {
-    if (machine_) machine_->writeStateFile();  // nothing unless the machine was taken over
+    platform_->persist();
     log_->flush();
 }
 

@@ -3,11 +3,11 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "CommandLine.h"
 #include "FrontEnd.h"
 #include "runtime/AppPaths.h"
-#include "sim/World.h"
 
 namespace lumora {
 class AppModel;
@@ -16,9 +16,7 @@ class Displays;
 class Gamma;
 class Log;
 class Osd;
-namespace sim {
-class SimMachine;
-}
+class Platform;
 namespace ui {
 struct UiContext;
 }
@@ -29,16 +27,16 @@ namespace lumora::app {
 class AppDelegate;
 class QtScheduler;
 class QtSession;
-class WorldWatcher;
 
-// The composition root. Builds the backend, the services and the application model once, and
-// tears them down in the reverse order. The expensive pieces are built on first use, so a
-// second start that is refused builds little more than the log.
+// The composition root. Builds the backend (the platform the command line chose), the
+// services and the application model once, and tears them down in the reverse order. The expensive
+// pieces are built on first use, so a second start that is refused builds little more than the log.
 //
 // Build it on the main thread after the Qt application object, and destroy it before that.
 class Application {
   public:
-    Application(CommandLine cli, sim::World world, FrontEnd frontEnd);
+    // Chooses the machine to control (see choosePlatform); run() says when there is none.
+    Application(CommandLine cli, FrontEnd frontEnd);
     ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -54,7 +52,7 @@ class Application {
     Log& log();
     Defaults& defaults();
     QtSession& session();
-    sim::SimMachine& machine();
+    Platform& platform() { return *platform_; }
     Displays& displays();
     Gamma& gamma();
     // Created on first use and kept for the life of the process.
@@ -62,17 +60,16 @@ class Application {
     // What the panel's views need; the quit button ends the event loop.
     ui::UiContext uiContext();
 
-    // This process is the agent (or shows the panel): the simulated hardware state goes to
-    // the --sim-state file from now on, and world-file edits become hardware changes.
+    // This process is the agent (or shows the panel): the backend starts what it does only
+    // for the agent (the simulated machine: its state file and world-file watching).
     void takeOverMachine();
-    // The state file once more, and every log line on disk: the last step before exit.
+    // What the backend writes out, and every log line on disk: the last step before exit.
     void persistForExit();
 
   private:
     int renderPanel(const std::filesystem::path& file);
 
     CommandLine cli_;
-    sim::World world_;
     FrontEnd frontEnd_;
     bool showsWindows_ = false;
     AppPaths paths_;
@@ -81,12 +78,12 @@ class Application {
     std::unique_ptr<Log> log_;
     std::unique_ptr<Defaults> defaults_;
     std::unique_ptr<QtSession> session_;
-    std::unique_ptr<sim::SimMachine> machine_;
+    std::unique_ptr<Platform> platform_;
+    std::string platformError_;  // why there is no platform
     std::unique_ptr<Displays> displays_;
     std::unique_ptr<Gamma> gamma_;
     std::unique_ptr<Osd> osd_;  // the on-screen display when windows can be shown
     std::shared_ptr<AppModel> model_;
-    std::unique_ptr<WorldWatcher> worldWatcher_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

@@ -5,28 +5,46 @@
 #include <utility>
 
 #include "Listing.h"
+#include "PlatformChoice.h"
 #include "display/Brightness.h"
 #include "display/Displays.h"
 #include "log/Log.h"
-#include "sim/MemoryDefaults.h"
-#include "sim/SimMachine.h"
-#include "sim/VirtualScheduler.h"
+#include "platform/MemoryDefaults.h"
+#include "runtime/QtScheduler.h"
 
 namespace lumora::app {
 
-int listSimulated(const CommandLine& cli, sim::World world) {
-    // The listing needs no real waiting: the simulated monitor answers in virtual time.
-    sim::VirtualScheduler scheduler;
-    sim::SimMachine machine(std::move(world), scheduler);
-    if (cli.stateFile) machine.setStateFile(*cli.stateFile);
-    sim::MemoryDefaults defaults;
+namespace {
+
+// Exit status when there is no machine to list.
+constexpr int kNoPlatform = 2;
+
+}  // namespace
+
+int listDisplays(const CommandLine& cli) {
+    QtScheduler scheduler;
     Log log(Log::Options{});  // the listing writes no log file
-    Displays displays(machine.displayServer(), defaults, log);
-    Brightness brightness(machine.backlight());
-    std::cout << "Lumora — simulated machine ("
-              << (cli.worldFile ? cli.worldFile->string() : std::string("built-in world")) << ")\n";
-    printListing(std::cout, displays, brightness, machine.avServices(), scheduler);
-    if (cli.stateFile) machine.writeStateFile();
+    PlatformChoice choice = choosePlatform(cli, scheduler, log);
+    if (!choice.platform) {
+        std::cerr << "lumora: " << choice.error << "\n";
+        return kNoPlatform;
+    }
+    Platform& platform = *choice.platform;
+    MemoryDefaults defaults;  // the listing keeps nothing
+    Displays displays(platform.displayServer(), defaults, log);
+    Brightness brightness(platform.backlight());
+    std::cout << "Lumora — " << platform.name();
+    if (cli.simulate) {
+        std::cout << " ("
+                  << (cli.worldFile ? cli.worldFile->string() : std::string("built-in world"))
+                  << ")";
+    }
+    std::cout << "\n";
+    printListing(std::cout, platform, displays, brightness, scheduler);
+    if (cli.stateFile) {
+        platform.attach(log);
+        platform.persist();
+    }
     return 0;
 }
 

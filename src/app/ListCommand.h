@@ -1,11 +1,10 @@
 #pragma once
 
 #include "CommandLine.h"
-#include "sim/World.h"
 
 namespace lumora::app {
 
-// `lumora --simulate --list`: the listing of the simulated machine; the exit status.
-int listSimulated(const CommandLine& cli, sim::World world);
+// `lumora --list`: the listing of the machine the command line chose; the exit status.
+int listDisplays(const CommandLine& cli);
 
 }  // namespace lumora::app

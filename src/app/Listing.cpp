@@ -30,17 +30,45 @@ std::string roles(const DisplayInfo& d) {
     return out;
 }
 
+std::string capabilityList(const Capabilities& c) {
+    const std::pair<bool, const char*> all[] = {
+        {c.setMode, "modes"},
+        {c.setMain, "main display"},
+        {c.mirror, "mirroring"},
+        {c.enableDisable, "switching off"},
+        {c.gamma, "software dimming"},
+        {c.virtualDisplays, "virtual displays"},
+        {c.globalKeys, "shortcuts"},
+        {c.brightnessKeyTap, "brightness keys"},
+        {c.pointer, "pointer"},
+        {c.lidAngle, "lid angle"},
+        {c.lidSwitch, "lid switch"},
+        {c.backlight, "backlight"},
+        {c.ddc, "DDC/CI"},
+        {c.displaySleep, "display sleep"},
+        {c.systemSleep, "system sleep"},
+        {c.idleInhibit, "idle inhibit"},
+    };
+    std::string out;
+    for (const auto& [has, name] : all) {
+        if (has) out += (out.empty() ? "" : ", ") + std::string(name);
+    }
+    return out.empty() ? "none" : out;
+}
+
 }  // namespace
 
-void printListing(std::ostream& out, Displays& displays, Brightness& brightness,
-                  AVServices& avServices, Sleeper& sleeper) {
+void printListing(std::ostream& out, Platform& platform, Displays& displays, Brightness& brightness,
+                  Sleeper& sleeper) {
     const auto list = displays.list();
     std::vector<DisplayID> candidates;
     for (const auto& d : list) {
         if (d.isOnline && !d.isBuiltin && !d.isVirtual) candidates.push_back(d.id);
     }
-    auto services = DDC::services(avServices, displays.server(), sleeper, candidates);
+    auto services = DDC::services(platform.avServices(), sleeper,
+                                  DDC::targets(platform.displayServer(), candidates));
 
+    out << "can: " << capabilityList(platform.capabilities()) << "\n";
     out << list.size() << " display(s)\n";
     for (const auto& d : list) {
         out << "\ndisplay " << d.id << " \"" << d.name << "\" (" << roles(d) << ")\n";

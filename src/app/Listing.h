@@ -2,7 +2,7 @@
 
 #include <iosfwd>
 
-#include "platform/AVServices.h"
+#include "platform/Platform.h"
 #include "platform/Scheduler.h"
 
 namespace lumora {
@@ -14,7 +14,7 @@ namespace lumora::app {
 
 // `lumora --list`: everything Lumora sees, the first diagnostic to run on new hardware.
 // Reads DDC/CI over the wire, so it takes a Sleeper for the protocol's pauses.
-void printListing(std::ostream& out, Displays& displays, Brightness& brightness,
-                  AVServices& avServices, Sleeper& sleeper);
+void printListing(std::ostream& out, Platform& platform, Displays& displays, Brightness& brightness,
+                  Sleeper& sleeper);
 
 }  // namespace lumora::app

@@ -16,7 +16,6 @@
 #include "ListCommand.h"
 #include "runtime/AppPaths.h"
 #include "runtime/InstanceChannel.h"
-#include "sim/World.h"
 
 namespace {
 
@@ -29,13 +28,6 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     const char* value = std::getenv(name.c_str());
     if (value == nullptr) return std::nullopt;
     return std::string(value);
-}
-
-std::optional<sim::World> loadWorld(const app::CommandLine& cli) {
-    if (!cli.worldFile) return sim::defaultWorld();
-    auto loaded = sim::loadWorldFile(*cli.worldFile);
-    if (!loaded.world) std::cerr << "lumora: " << loaded.error << "\n";
-    return std::move(loaded.world);
 }
 
 }  // namespace
@@ -58,14 +50,11 @@ int main(int argc, char** argv) {
         }
     }
 
-    if (!cli.simulate) {
-        std::cerr << "lumora: this build has no backend for this platform's displays yet; "
-                     "run it with --simulate\n";
-        return kUsageError;
+    if (cli.list) {
+        // The scheduler of the listing needs Qt's application object.
+        QCoreApplication qt(argc, argv);
+        return app::listDisplays(cli);
     }
-    auto world = loadWorld(cli);
-    if (!world) return kUsageError;
-    if (cli.list) return app::listSimulated(cli, std::move(*world));
 
     const app::FrontEnd frontEnd = app::chooseFrontEnd(cli, environmentVariable);
     if (frontEnd.platform)
@@ -81,7 +70,7 @@ int main(int argc, char** argv) {
     }
     int status = 0;
     {
-        app::Application application(cli, std::move(*world), frontEnd);
+        app::Application application(cli, frontEnd);
         status = application.run();
     }
     return status;

@@ -17,8 +17,7 @@ constexpr std::uint8_t kDdcAddress = 0x51;
 std::shared_ptr<AVChannel> externalChannel(SimMachine& machine, std::size_t index = 0) {
     std::size_t seen = 0;
     for (const auto& entry : machine.avServices().entries()) {
-        if (entry.location == "External" && seen++ == index)
-            return machine.avServices().create(entry);
+        if (entry.external && seen++ == index) return machine.avServices().create(entry);
     }
     return nullptr;
 }
@@ -38,8 +37,8 @@ TEST(AVServices, OneEntryPerChannelInWorldOrder) {
     EXPECT_TRUE(av.canCreate() && av.canRead() && av.canWrite());
     const auto entries = av.entries();
     ASSERT_EQ(entries.size(), 2u);
-    EXPECT_EQ(entries[0].location, "Embedded");
-    EXPECT_EQ(entries[1].location, "External");
+    EXPECT_FALSE(entries[0].external);
+    EXPECT_TRUE(entries[1].external);
     EXPECT_NE(entries[0].handle, entries[1].handle);
     // The panel's own service has no monitor to talk to.
     EXPECT_EQ(av.create(entries[0]), nullptr);

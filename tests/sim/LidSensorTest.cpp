@@ -5,35 +5,19 @@
 namespace lumora::sim::test {
 namespace {
 
-struct Report {
-    std::uint32_t page;
-    std::uint32_t usage;
-    std::int64_t value;
-    friend bool operator==(const Report&, const Report&) = default;
-};
-
-const HidElement kAngle{kHidSensorPage, kHidLidAngleUsage, 1};
-
 TEST(LidSensor, ReportsMovesOnTheMainQueueAndKeepsTheLastReportedValue) {
     Bench bench(defaultWorld());
     LidSensor& sensor = bench.machine.lidSensor();
-    EXPECT_TRUE(sensor.elements().empty()) << "nothing before the manager opens";
-    std::vector<Report> reports;
-    ASSERT_EQ(sensor.open([&](std::uint32_t page, std::uint32_t usage, std::int64_t value) {
-        reports.push_back({page, usage, value});
-    }),
-              0);
-    const auto elements = sensor.elements();
-    ASSERT_EQ(elements.size(), 2u);
-    EXPECT_EQ(elements[0], kAngle);
-    EXPECT_EQ(sensor.getValue(elements[1], true), 1) << "the sensor state: ready";
+    EXPECT_EQ(sensor.read(true), LidReading{}) << "nothing before the sensor opens";
+    std::vector<LidReading> reports;
+    ASSERT_EQ(sensor.open([&](const LidReading& r) { reports.push_back(r); }), 0);
 
     World moved = defaultWorld();
     moved.lid->angle = 40;
     bench.machine.applyWorld(moved);
     EXPECT_TRUE(reports.empty()) << "delivered on the main queue, not by the caller";
     bench.scheduler.runDue();
-    EXPECT_EQ(reports, (std::vector<Report>{{kHidSensorPage, kHidLidAngleUsage, 40}}));
+    EXPECT_EQ(reports, (std::vector<LidReading>{{40, std::nullopt}}));
     bench.machine.applyWorld(moved);
     bench.scheduler.runDue();
     EXPECT_EQ(reports.size(), 1u) << "an unchanged angle is not reported";
@@ -42,10 +26,9 @@ TEST(LidSensor, ReportsMovesOnTheMainQueueAndKeepsTheLastReportedValue) {
     bench.machine.setLidAngle(3, /*reported=*/false);
     bench.scheduler.runDue();
     EXPECT_EQ(reports.size(), 1u);
-    EXPECT_EQ(sensor.getValue(kAngle, false), 40);
-    EXPECT_EQ(sensor.getValue(kAngle, true), 3);
-    EXPECT_EQ(sensor.getValue(kAngle, false), 3);
-    EXPECT_EQ(sensor.getValue({kHidSensorPage, kHidLidAngleUsage, 99}, true), std::nullopt);
+    EXPECT_EQ(sensor.read(false).angle, 40);
+    EXPECT_EQ(sensor.read(true).angle, 3);
+    EXPECT_EQ(sensor.read(false).angle, 3);
 }
 
 TEST(LidSensor, NoManagerOrNoDeviceAsTheWorldSays) {
@@ -58,9 +41,8 @@ TEST(LidSensor, NoManagerOrNoDeviceAsTheWorldSays) {
     noDevice.lid = WorldLid{true, false, 110};
     Bench bare(noDevice);
     int reports = 0;
-    EXPECT_EQ(bare.machine.lidSensor().open([&](auto, auto, auto) { ++reports; }), 0);
-    EXPECT_TRUE(bare.machine.lidSensor().elements().empty());
-    EXPECT_EQ(bare.machine.lidSensor().getValue(kAngle, true), std::nullopt);
+    EXPECT_EQ(bare.machine.lidSensor().open([&](const LidReading&) { ++reports; }), 0);
+    EXPECT_EQ(bare.machine.lidSensor().read(true), LidReading{});
     bare.machine.setLidAngle(0);
     bare.scheduler.runDue();
     EXPECT_EQ(reports, 0);

@@ -52,10 +52,10 @@ inline World fixtureWorld(const std::string& name) {
 
 // Every reconfiguration event the machine delivers, in order.
 struct EventLog {
-    std::vector<std::pair<DisplayID, std::uint32_t>> events;
+    std::vector<std::pair<DisplayID, DisplayChange>> events;
     void attach(DisplayServer& server) {
         server.addReconfigurationHandler(
-            [this](DisplayID id, std::uint32_t flags) { events.emplace_back(id, flags); });
+            [this](DisplayID id, DisplayChange change) { events.emplace_back(id, change); });
     }
 };
 

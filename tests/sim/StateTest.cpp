@@ -15,11 +15,13 @@ std::uint8_t checksum(std::initializer_list<std::uint8_t> bytes) {
     return sum;
 }
 
-GammaTable halfRamp() {
-    GammaTable table;
-    for (int i = 0; i < kGammaTableSize; ++i) {
+GammaRamps halfRamp() {
+    GammaRamps table;
+    for (int i = 0; i < 256; ++i) {
         const float v = static_cast<float>(i) / 255.0f * 0.5f;
-        table.red[i] = table.green[i] = table.blue[i] = v;
+        table.red.push_back(v);
+        table.green.push_back(v);
+        table.blue.push_back(v);
     }
     return table;
 }
@@ -51,14 +53,14 @@ TEST(State, ExampleAfterChangesThroughEveryPort) {
 
     auto entries = bench.machine.avServices().entries();
     ASSERT_EQ(entries.size(), 2u);
-    ASSERT_EQ(entries[1].location, "External");
+    ASSERT_TRUE(entries[1].external);
     auto channel = bench.machine.avServices().create(entries[1]);
     ASSERT_TRUE(channel);
     const std::vector<std::uint8_t> set70 = {0x84, 0x03, 0x10,
                                              0x00, 0x46, checksum({0x84, 0x03, 0x10, 0x00, 0x46})};
     EXPECT_EQ(channel->writeI2C(0x37, 0x51, set70), 0);
 
-    EXPECT_EQ(bench.machine.displayServer().setTransferTable(1, halfRamp()), kConfigOK);
+    EXPECT_EQ(bench.machine.displayServer().setGamma(1, halfRamp()), kConfigOK);
 
     VirtualDisplayDescriptor descriptor;
     descriptor.name = "Lumora 1920×1080";
@@ -70,8 +72,7 @@ TEST(State, ExampleAfterChangesThroughEveryPort) {
     auto handle = bench.machine.virtualDisplays().create(descriptor);
     ASSERT_TRUE(handle);
 
-    bench.machine.power().createAssertion("PreventUserIdleSystemSleep",
-                                          "Lumora: external display connected");
+    auto inhibition = bench.machine.power().inhibitIdleSleep("Lumora: external display connected");
 
     const json expected = json::parse(R"({
       "displays": [
@@ -109,21 +110,21 @@ TEST(State, FileFollowsEachKindOfChange) {
     bench.machine.backlight().set(1, 0.25f);
     EXPECT_EQ(fromFile()["displays"][0]["backlight"], 0.25);
 
-    bench.machine.displayServer().setTransferTable(2, halfRamp());
+    bench.machine.displayServer().setGamma(2, halfRamp());
     EXPECT_TRUE(fromFile()["displays"][1]["gamma"].is_object());
-    bench.machine.displayServer().restoreColorProfiles();
+    bench.machine.displayServer().resetGamma(2);
     EXPECT_EQ(fromFile()["displays"][1]["gamma"], "identity");
 
-    bench.machine.power().spawn("/usr/bin/pmset", {"sleepnow"});
+    bench.machine.power().sleepSystem();
     EXPECT_EQ(fromFile()["power"]["systemSleeps"], 1);
 }
 
 TEST(State, GammaShowsTheLoadedTableRounded) {
     Bench bench(worldFrom(kExampleWorld));
-    GammaTable table = halfRamp();
+    GammaRamps table = halfRamp();
     table.red[255] = 0.87654f;
     table.blue[0] = 0.0004f;
-    EXPECT_EQ(bench.machine.displayServer().setTransferTable(3, table), kConfigOK);
+    EXPECT_EQ(bench.machine.displayServer().setGamma(3, table), kConfigOK);
     EXPECT_EQ(
         bench.machine.state()["displays"][2]["gamma"],
         json::parse(
@@ -132,9 +133,11 @@ TEST(State, GammaShowsTheLoadedTableRounded) {
     EXPECT_EQ(bench.machine.gamma(3)->red[255], 0.87654f);
     EXPECT_FALSE(bench.machine.gamma(1).has_value());
 
-    // Only an online display takes a table.
-    EXPECT_NE(bench.machine.displayServer().setTransferTable(42, table), kConfigOK);
-    bench.machine.displayServer().restoreColorProfiles();
+    // Only an online display takes ramps, and only of its size.
+    EXPECT_NE(bench.machine.displayServer().setGamma(42, table), kConfigOK);
+    table.blue.pop_back();
+    EXPECT_NE(bench.machine.displayServer().setGamma(3, table), kConfigOK);
+    bench.machine.displayServer().resetGamma(3);
     EXPECT_FALSE(bench.machine.gamma(3).has_value());
     EXPECT_EQ(bench.machine.state()["displays"][2]["gamma"], "identity");
 }

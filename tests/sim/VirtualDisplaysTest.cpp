@@ -5,7 +5,7 @@
 namespace lumora::sim::test {
 namespace {
 
-using Events = std::vector<std::pair<DisplayID, std::uint32_t>>;
+using Events = std::vector<std::pair<DisplayID, DisplayChange>>;
 
 VirtualDisplayDescriptor descriptor(bool hiDPI) {
     VirtualDisplayDescriptor d;
@@ -45,7 +45,7 @@ TEST_F(VirtualDisplaysTest, PlainDisplayAppearsAtTheRight) {
                                          {2, 1280, 720, 1280, 720, 50, true}}));
     EXPECT_EQ(server.bounds(100), (Rect{{5992, 0}, {1920, 1080}}));
     EXPECT_EQ(server.screens().back().localizedName, "Lumora 1920×1080");
-    EXPECT_EQ(log.events, (Events{{100, kReconfigBegin}, {100, kReconfigAdd}}));
+    EXPECT_EQ(log.events, (Events{{100, DisplayChange::added}}));
     EXPECT_EQ(bench.machine.state()["virtualDisplays"],
               nlohmann::json::parse(R"([{"id": 100, "name": "Lumora 1920×1080", "product": 1,
                                          "serial": 77, "hiDPI": false}])"));
@@ -64,7 +64,7 @@ TEST_F(VirtualDisplaysTest, HiDPIDoublesThePixelsAndIdsKeepClimbing) {
     log.events.clear();
     plain.reset();
     EXPECT_EQ(server.onlineIDs(), (std::vector<DisplayID>{1, 2, 3, 101}));
-    EXPECT_EQ(log.events, (Events{{100, kReconfigBegin}, {100, kReconfigRemove}}));
+    EXPECT_EQ(log.events, (Events{{100, DisplayChange::removed}}));
     const auto state = bench.machine.state();
     EXPECT_EQ(state["displays"].size(), 4u);
     EXPECT_EQ(state["displays"][3]["id"], 101);

@@ -33,13 +33,13 @@ class ForwardingDisplayServer : public DisplayServer {
     std::unique_ptr<DisplayConfiguration> beginConfiguration() override {
         return inner_.beginConfiguration();
     }
-    bool canEnableDisable() const override { return inner_.canEnableDisable(); }
-    void restoreColorProfiles() override { inner_.restoreColorProfiles(); }
-    ConfigStatus setTransferTable(DisplayID id, const GammaTable& table) override {
-        return inner_.setTransferTable(id, table);
+    std::size_t gammaRampSize(DisplayID id) const override { return inner_.gammaRampSize(id); }
+    ConfigStatus setGamma(DisplayID id, const GammaRamps& ramps) override {
+        return inner_.setGamma(id, ramps);
     }
+    void resetGamma(DisplayID id) override { inner_.resetGamma(id); }
     std::vector<Screen> screens() const override { return inner_.screens(); }
-    Point pointerLocation() const override { return inner_.pointerLocation(); }
+    std::optional<Point> pointerLocation() const override { return inner_.pointerLocation(); }
     int addReconfigurationHandler(ReconfigurationHandler handler) override {
         return inner_.addReconfigurationHandler(std::move(handler));
     }

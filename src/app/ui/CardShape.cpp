@@ -22,22 +22,18 @@ CardShape cardShape(const DisplayInfo& display, const CardFacts& facts) {
     if (switchedOff && !offByLid) shape.badges << QStringLiteral("отключён");
     if (offByLid) shape.statusText = QStringLiteral("Выключен: крышка закрыта");
 
-    shape.offerDisconnect = display.isOnline && facts.canDisconnect;
+    shape.offerDisconnect = display.isOnline && facts.can.enableDisable;
     // While the lid is closed the lid logic owns the panel and would switch it off again.
     shape.offerConnect = switchedOff && !offByLid;
     shape.controls = display.isOnline;
     shape.hidpi = facts.hidpiOn;
 
-    if (display.isBuiltin) {
-        shape.brightness = BrightnessBinding::builtin;
-    } else if (facts.ddcAvailable) {
-        shape.brightness = BrightnessBinding::ddc;
-        shape.ddc = true;
-    } else {
-        shape.brightness = BrightnessBinding::software;
-        // The hint about the monitor's DDC/CI setting means nothing for a virtual display.
-        shape.softwareCaption = !display.isVirtual;
-    }
+    shape.modes = facts.can.setMode;
+    shape.colour = facts.can.gamma;
+    shape.brightness = facts.brightness;
+    shape.ddc = facts.brightness == BrightnessPath::ddc;
+    // The hint about the monitor's DDC/CI setting means nothing for a virtual display.
+    shape.softwareCaption = facts.brightness == BrightnessPath::software && !display.isVirtual;
     return shape;
 }
 

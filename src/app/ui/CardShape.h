@@ -5,23 +5,18 @@
 
 #include "display/DisplayInfo.h"
 #include "lid/LidMode.h"
+#include "model/BrightnessControl.h"
+#include "platform/Capabilities.h"
 
 namespace lumora::ui {
-
-// How a card's brightness slider reaches the display.
-enum class BrightnessBinding {
-    builtin,   // the panel's backlight
-    ddc,       // the monitor's own luminance over DDC/CI
-    software,  // dimming through the gamma table
-};
 
 // What the program knows about a display beyond its list entry.
 struct CardFacts {
     bool switchedOffByUs = false;  // in the list of displays the program switched off
-    bool ddcAvailable = false;
+    BrightnessPath brightness = BrightnessPath::software;  // as the model sets it
     bool hidpiOn = false;
     LidMode lidMode = LidMode::unknown;
-    bool canDisconnect = false;
+    Capabilities can;
 };
 
 // Everything about a display card that decides which widgets it has. A card is rebuilt only
@@ -34,10 +29,12 @@ struct CardShape {
     bool offerDisconnect = false;
     bool offerConnect = false;
     bool controls = false;  // sliders, mode and more menus, colour: online displays only
-    BrightnessBinding brightness = BrightnessBinding::software;
+    BrightnessPath brightness = BrightnessPath::software;
     bool softwareCaption = false;
     bool ddc = false;  // contrast and volume rows, the DDC submenus
     bool hidpi = false;
+    bool modes = false;   // the mode menu
+    bool colour = false;  // the fold-out colour controls (software colour needs gamma)
 
     friend bool operator==(const CardShape&, const CardShape&) = default;
 };

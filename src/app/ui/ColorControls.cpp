@@ -85,7 +85,7 @@ ColorControls::ColorControls(AppModel& model, DisplayID display, QWidget* parent
     reset_->setObjectName(QStringLiteral("reset"));
     reset_->setFont(style::captionFont());
     connect(reset_, &QPushButton::clicked, this,
-            [this] { model_.setColor(display_, ColorAdjust{}); });
+            [this] { model_.brightness().setColor(display_, ColorAdjust{}); });
     buttons->addWidget(reset_);
     layout->addLayout(buttons);
     updateValues();
@@ -107,7 +107,7 @@ ColorAdjust ColorControls::current() const {
 void ColorControls::change(Field field, double value) {
     ColorAdjust adjust = current();
     fieldOf(adjust, field) = value;
-    model_.setColor(display_, adjust);
+    model_.brightness().setColor(display_, adjust);
 }
 
 }  // namespace lumora::ui

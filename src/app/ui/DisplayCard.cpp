@@ -21,10 +21,8 @@ namespace {
 
 // The brightness slider never takes a software-dimmed display fully black: a black screen
 // cannot show the slider that would bring it back. Dim-to-black is a separate action.
-constexpr double kSoftwareBrightnessFloor = 0.05;
 // Shown for a DDC control the monitor did not report; the model assumes the same for
 // brightness.
-constexpr double kUnknownDdcValue = 0.5;
 constexpr int kHeaderIconSize = 18;
 constexpr int kMenuIconSize = 18;
 
@@ -91,17 +89,16 @@ void DisplayCard::buildSwitchOff() {
     switchOff_->setObjectName(QStringLiteral("switchOff"));
     // A command, not a setting: drawn as a link so the card stays calm.
     switchOff_->setFlat(true);
-    QObject::connect(switchOff_, &QPushButton::clicked, this, [this, connect] {
-        context_.displays.setEnabled(displayID(), connect, /*quiet=*/false);
-        context_.model.refresh();
-    });
+    QObject::connect(switchOff_, &QPushButton::clicked, this,
+                     [this, connect] { context_.model.setEnabled(displayID(), connect); });
     layout()->addWidget(switchOff_);
 }
 
 void DisplayCard::buildSliders() {
     brightness_ = SliderRow::withSymbol(QStringLiteral("sun.min"), 0, 1, this);
     brightness_->setObjectName(QStringLiteral("brightness"));
-    brightness_->setOnChanged([this](double value) { setBrightness(value); });
+    brightness_->setOnChanged(
+        [this](double value) { context_.model.brightness().setFromSlider(displayID(), value); });
     layout()->addWidget(brightness_);
 
     if (shape_.softwareCaption) {
@@ -119,7 +116,7 @@ void DisplayCard::buildSliders() {
         auto* row = SliderRow::withSymbol(symbol, 0, 1, this);
         row->setObjectName(name);
         row->setOnChanged([this, vcp](double value) {
-            context_.model.setDDC(displayID(), vcp, value, AppModel::kDdcBrightnessMax);
+            context_.model.ddc().set(displayID(), vcp, value, BrightnessControl::kDdcBrightnessMax);
         });
         layout()->addWidget(row);
         return row;
@@ -133,13 +130,15 @@ void DisplayCard::buildControls() {
     auto* row = new QHBoxLayout;
     row->setSpacing(style::kRowSpacing);
 
-    modeButton_ = smallButton(QStringLiteral("Разрешение"), this);
-    modeButton_->setObjectName(QStringLiteral("modeButton"));
-    modeMenu_ = new QMenu(modeButton_);
-    modeButton_->setMenu(modeMenu_);
-    QObject::connect(modeMenu_, &QMenu::aboutToShow, this,
-                     [this] { fillModeMenu(*modeMenu_, context_, displayID()); });
-    row->addWidget(modeButton_);
+    if (shape_.modes) {
+        modeButton_ = smallButton(QStringLiteral("Разрешение"), this);
+        modeButton_->setObjectName(QStringLiteral("modeButton"));
+        modeMenu_ = new QMenu(modeButton_);
+        modeButton_->setMenu(modeMenu_);
+        QObject::connect(modeMenu_, &QMenu::aboutToShow, this,
+                         [this] { fillModeMenu(*modeMenu_, context_, displayID()); });
+        row->addWidget(modeButton_);
+    }
     row->addStretch(1);
 
     moreButton_ = new QToolButton(this);
@@ -157,71 +156,40 @@ void DisplayCard::buildControls() {
                      [this] { fillMoreMenu(*moreMenu_, context_, shape_); });
     row->addWidget(moreButton_);
 
-    colorToggle_ = smallButton(QStringLiteral("Цвет и затемнение"), this);
-    colorToggle_->setObjectName(QStringLiteral("colorToggle"));
-    colorToggle_->setCheckable(true);
-    QObject::connect(colorToggle_, &QPushButton::clicked, this,
-                     [this](bool on) { toggleExpanded(on); });
-    row->addWidget(colorToggle_);
+    if (shape_.colour) {
+        colorToggle_ = smallButton(QStringLiteral("Цвет и затемнение"), this);
+        colorToggle_->setObjectName(QStringLiteral("colorToggle"));
+        colorToggle_->setCheckable(true);
+        QObject::connect(colorToggle_, &QPushButton::clicked, this,
+                         [this](bool on) { toggleExpanded(on); });
+        row->addWidget(colorToggle_);
+    }
     qobject_cast<QVBoxLayout*>(layout())->addLayout(row);
 
-    colorControls_ = new ColorControls(context_.model, displayID(), this);
-    colorControls_->setVisible(false);
-    layout()->addWidget(colorControls_);
+    if (shape_.colour) {
+        colorControls_ = new ColorControls(context_.model, displayID(), this);
+        colorControls_->setVisible(false);
+        layout()->addWidget(colorControls_);
+    }
 }
 
 void DisplayCard::updateValues() {
     if (!shape_.controls) return;
-    brightness_->setValue(brightnessValue());
+    brightness_->setValue(context_.model.brightness().level(displayID()));
     if (contrast_) contrast_->setValue(ddcValue(VCP::contrast));
     if (volume_) volume_->setValue(ddcValue(VCP::volume));
 
+    if (!colorToggle_) return;
     const bool expanded = context_.model.expandedColor()->contains(displayID());
     colorToggle_->setChecked(expanded);
     if (colorControls_->isVisibleTo(this) != expanded) colorControls_->setVisible(expanded);
     if (expanded) colorControls_->updateValues();
 }
 
-double DisplayCard::brightnessValue() const {
-    switch (shape_.brightness) {
-        case BrightnessBinding::builtin:
-            return context_.model.builtinBrightness().get();
-        case BrightnessBinding::ddc:
-            return ddcValue(VCP::brightness);
-        case BrightnessBinding::software: {
-            const ColorMap& colors = context_.model.color().get();
-            auto found = colors.find(displayID());
-            return found == colors.end() ? 1.0 : found->second.dim;
-        }
-    }
-    return 1.0;
-}
-
-void DisplayCard::setBrightness(double value) {
-    AppModel& model = context_.model;
-    switch (shape_.brightness) {
-        case BrightnessBinding::builtin:
-            model.setBuiltinBrightness(value);
-            break;
-        case BrightnessBinding::ddc:
-            model.setDDC(displayID(), VCP::brightness, value, AppModel::kDdcBrightnessMax);
-            break;
-        case BrightnessBinding::software: {
-            auto found = model.color()->find(displayID());
-            ColorAdjust adjust = found == model.color()->end() ? ColorAdjust{} : found->second;
-            adjust.dim = std::max(value, kSoftwareBrightnessFloor);
-            model.setColor(displayID(), adjust);
-            break;
-        }
-    }
-}
-
 double DisplayCard::ddcValue(VCP vcp) const {
-    const AppModel::DdcValues& values = context_.model.ddcValues().get();
-    auto display = values.find(displayID());
-    if (display == values.end()) return kUnknownDdcValue;
-    auto value = display->second.find(code(vcp));
-    return value == display->second.end() ? kUnknownDdcValue : value->second;
+    return context_.model.ddc()
+        .value(displayID(), vcp)
+        .value_or(BrightnessControl::kUnknownDdcBrightness);
 }
 
 void DisplayCard::toggleExpanded(bool expanded) {

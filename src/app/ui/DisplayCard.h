@@ -45,8 +45,6 @@ class DisplayCard : public QFrame {
     void buildSwitchOff();
     void buildSliders();
     void buildControls();
-    [[nodiscard]] double brightnessValue() const;
-    void setBrightness(double value);
     [[nodiscard]] double ddcValue(VCP vcp) const;
     void toggleExpanded(bool expanded);
 

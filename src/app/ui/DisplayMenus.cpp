@@ -12,8 +12,6 @@ namespace lumora::ui {
 namespace {
 
 // DDC/CI power modes (VCP 0xD6): on, and the standby a monitor wakes from by itself.
-constexpr std::uint16_t kPowerOn = 0x01;
-constexpr std::uint16_t kPowerStandby = 0x04;
 const QString kCheck = QStringLiteral("\u2713 ");
 
 QString utf8(const std::string& text) {
@@ -29,12 +27,6 @@ void addHeading(QMenu& menu, const QString& text) {
     heading->setFont(font);
 }
 
-// The display whose modes and place the card controls: the backing virtual display while a
-// HiDPI session runs.
-DisplayID target(UiContext& context, DisplayID display) {
-    return context.model.hidpi().virtualFor(display).value_or(display);
-}
-
 void addModes(QMenu& menu, UiContext& context, DisplayID display, const QString& heading,
               const std::vector<DisplayMode>& modes, const std::optional<DisplayMode>& current) {
     if (modes.empty()) return;
@@ -43,10 +35,8 @@ void addModes(QMenu& menu, UiContext& context, DisplayID display, const QString&
     for (const DisplayMode& mode : modes) {
         const bool isCurrent = current && *current == mode;
         QAction* action = menu.addAction((isCurrent ? kCheck : QString()) + utf8(mode.label()));
-        QObject::connect(action, &QAction::triggered, &menu, [&context, display, mode] {
-            context.displays.setMode(display, mode);
-            context.model.refresh();
-        });
+        QObject::connect(action, &QAction::triggered, &menu,
+                         [&context, display, mode] { context.model.setMode(display, mode); });
     }
 }
 
@@ -57,19 +47,33 @@ void reset(QMenu& menu) {
         delete submenu;
 }
 
+void addMirrorMenu(QMenu& menu, AppModel& model, DisplayID id) {
+    QMenu* mirror = menu.addMenu(QStringLiteral("Зеркалировать на"));
+    for (const DisplayInfo& other : model.displays().get()) {
+        if (other.id == id || !other.isOnline) continue;
+        QAction* action = mirror->addAction(utf8(other.name));
+        QObject::connect(action, &QAction::triggered, &menu,
+                         [&model, id, to = other.id] { model.mirror(id, to); });
+    }
+    if (!mirror->isEmpty()) mirror->addSeparator();
+    QAction* noMirror = mirror->addAction(QStringLiteral("Не зеркалировать"));
+    QObject::connect(noMirror, &QAction::triggered, &menu, [&model, id] { model.mirror(id, 0); });
+}
+
 }  // namespace
 
 void fillModeMenu(QMenu& menu, UiContext& context, DisplayID display) {
     reset(menu);
-    const DisplayID id = target(context, display);
+    // While a HiDPI session runs, the backing virtual display's modes are the monitor's.
+    const DisplayID id = context.model.shownDisplay(display);
     std::vector<DisplayMode> hidpi;
     std::vector<DisplayMode> plain;
     for (const DisplayMode& mode : context.displays.modes(id)) {
         (mode.hiDPI() ? hidpi : plain).push_back(mode);
     }
     const std::optional<DisplayMode> current = context.displays.currentMode(id);
-    addModes(menu, context, id, QStringLiteral("HiDPI"), hidpi, current);
-    addModes(menu, context, id, QStringLiteral("Обычные"), plain, current);
+    addModes(menu, context, display, QStringLiteral("HiDPI"), hidpi, current);
+    addModes(menu, context, display, QStringLiteral("Обычные"), plain, current);
 }
 
 void fillMoreMenu(QMenu& menu, UiContext& context, const CardShape& shape) {
@@ -77,33 +81,19 @@ void fillMoreMenu(QMenu& menu, UiContext& context, const CardShape& shape) {
     const DisplayID id = shape.display.id;
     AppModel& model = context.model;
 
-    QAction* hidpi = menu.addAction(QStringLiteral("HiDPI (чёткий Retina-режим)"));
-    hidpi->setCheckable(true);
-    hidpi->setChecked(model.hidpiOn()->contains(id));
-    QObject::connect(hidpi, &QAction::triggered, &menu,
-                     [&model, id](bool on) { model.setHiDPI(id, on); });
-
-    QAction* main = menu.addAction(QStringLiteral("Сделать главным"));
-    QObject::connect(main, &QAction::triggered, &menu, [&context, id] {
-        context.displays.setMain(target(context, id));
-        context.model.refresh();
-    });
-
-    QMenu* mirror = menu.addMenu(QStringLiteral("Зеркалировать на"));
-    for (const DisplayInfo& other : model.displays().get()) {
-        if (other.id == id || !other.isOnline) continue;
-        QAction* action = mirror->addAction(utf8(other.name));
-        QObject::connect(action, &QAction::triggered, &menu, [&context, id, to = other.id] {
-            context.displays.mirror(id, to);
-            context.model.refresh();
-        });
+    const Capabilities can = model.capabilities();
+    if (can.virtualDisplays) {
+        QAction* hidpi = menu.addAction(QStringLiteral("HiDPI (чёткий Retina-режим)"));
+        hidpi->setCheckable(true);
+        hidpi->setChecked(model.hidpiOn()->contains(id));
+        QObject::connect(hidpi, &QAction::triggered, &menu,
+                         [&model, id](bool on) { model.setHiDPI(id, on); });
     }
-    if (!mirror->isEmpty()) mirror->addSeparator();
-    QAction* noMirror = mirror->addAction(QStringLiteral("Не зеркалировать"));
-    QObject::connect(noMirror, &QAction::triggered, &menu, [&context, id] {
-        context.displays.mirror(id, 0);
-        context.model.refresh();
-    });
+    if (can.setMain) {
+        QAction* main = menu.addAction(QStringLiteral("Сделать главным"));
+        QObject::connect(main, &QAction::triggered, &menu, [&model, id] { model.setMain(id); });
+    }
+    if (can.mirror) addMirrorMenu(menu, model, id);
 
     // Only a monitor that answered over DDC/CI gets the commands: elsewhere they would go
     // nowhere without a word.
@@ -114,17 +104,17 @@ void fillMoreMenu(QMenu& menu, UiContext& context, const CardShape& shape) {
                 source.label.data(), static_cast<qsizetype>(source.label.size())));
             QObject::connect(
                 action, &QAction::triggered, &menu,
-                [&model, id, value = source.value] { model.sendDDC(id, VCP::input, value); });
+                [&model, id, value = source.value] { model.ddc().send(id, VCP::input, value); });
         }
         QMenu* power = menu.addMenu(QStringLiteral("Питание (DDC)"));
         const std::array<std::pair<QString, std::uint16_t>, 2> modes{{
-            {QStringLiteral("Включить"), kPowerOn},
-            {QStringLiteral("Режим ожидания"), kPowerStandby},
+            {QStringLiteral("Включить"), kDdcPowerOn},
+            {QStringLiteral("Режим ожидания"), kDdcPowerStandby},
         }};
         for (const auto& [title, value] : modes) {
             QAction* action = power->addAction(title);
             QObject::connect(action, &QAction::triggered, &menu,
-                             [&model, id, raw = value] { model.sendDDC(id, VCP::power, raw); });
+                             [&model, id, raw = value] { model.ddc().send(id, VCP::power, raw); });
         }
     }
 

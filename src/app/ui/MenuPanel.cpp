@@ -111,7 +111,7 @@ void MenuPanel::buildFooter(QVBoxLayout* layout) {
     refresh_->setObjectName(QStringLiteral("refresh"));
     connect(refresh_, &QPushButton::clicked, this, [this] {
         context_.model.refresh();
-        context_.model.rescanDDC();
+        context_.model.ddc().rescan();
     });
     quit_ = new QPushButton(QStringLiteral("Выйти"), this);
     quit_->setObjectName(QStringLiteral("quit"));
@@ -160,10 +160,10 @@ void MenuPanel::updateCards() {
     for (const DisplayInfo& display : model.displays().get()) {
         CardFacts facts;
         facts.switchedOffByUs = context_.displays.disconnected().contains(display.id);
-        facts.ddcAvailable = model.ddcAvailable()->contains(display.id);
+        facts.brightness = model.brightness().path(display.id);
         facts.hidpiOn = model.hidpiOn()->contains(display.id);
         facts.lidMode = model.lidMode().get();
-        facts.canDisconnect = context_.displays.canDisconnect();
+        facts.can = model.capabilities();
         CardShape shape = cardShape(display, facts);
 
         DisplayCard* card = nullptr;

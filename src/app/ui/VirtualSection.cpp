@@ -58,8 +58,8 @@ VirtualSection::VirtualSection(UiContext& context, QWidget* parent)
         connect(action, &QAction::triggered, this,
                 [this, width = preset.width, height = preset.height] {
                     AppModel& m = context_.model;
-                    m.virtualScreens().add(virtualScreenName(width, height).toStdString(), width,
-                                           height, kRefresh, m.virtualHiDPI().get());
+                    m.addVirtualScreen(virtualScreenName(width, height).toStdString(), width,
+                                       height, kRefresh, m.virtualHiDPI().get());
                     changed();
                 });
     }
@@ -128,7 +128,7 @@ QWidget* VirtualSection::makeRow(const VirtualScreenConfig& config) {
     toggle->setObjectName(QStringLiteral("enabled"));
     const std::uint32_t id = config.id;
     connect(toggle, &Switch::clicked, this, [this, id](bool on) {
-        context_.model.virtualScreens().setEnabled(id, on);
+        context_.model.setVirtualScreenEnabled(id, on);
         changed();
     });
     layout->addWidget(toggle);
@@ -151,7 +151,7 @@ QWidget* VirtualSection::makeRow(const VirtualScreenConfig& config) {
     remove->setAutoRaise(true);
     remove->setToolTip(QStringLiteral("Удалить"));
     connect(remove, &QToolButton::clicked, this, [this, id] {
-        context_.model.virtualScreens().remove(id);
+        context_.model.removeVirtualScreen(id);
         changed();
     });
     layout->addWidget(remove);

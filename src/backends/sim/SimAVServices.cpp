@@ -7,8 +7,6 @@ namespace {
 // An entry's handle is the display identifier shifted left by one; the low bit marks the
 // built-in panel's own service, which has no DDC/CI monitor behind it.
 constexpr std::uint64_t kEmbeddedBit = 1;
-const char* const kExternalLocation = "External";
-const char* const kEmbeddedLocation = "Embedded";
 
 class SimChannel final : public AVChannel {
   public:
@@ -76,8 +74,10 @@ class SimAVServices final : public AVServices {
             for (const auto& d : data.displays) {
                 if (!d.online()) continue;
                 const std::uint64_t handle = std::uint64_t{d.id} << 1;
-                if (d.ddc) entries.push_back({kExternalLocation, handle});
-                if (d.builtin) entries.push_back({kEmbeddedLocation, handle | kEmbeddedBit});
+                if (d.ddc) entries.push_back({/*external=*/true, std::nullopt, handle});
+                if (d.builtin) {
+                    entries.push_back({/*external=*/false, std::nullopt, handle | kEmbeddedBit});
+                }
             }
             return entries;
         });

@@ -23,7 +23,10 @@ struct SetEnabled {
     DisplayID id;
     bool enabled;
 };
-using Change = std::variant<SetMode, SetOrigin, SetMirror, SetEnabled>;
+struct SetMain {
+    DisplayID id;
+};
+using Change = std::variant<SetMode, SetOrigin, SetMirror, SetEnabled, SetMain>;
 
 // Checks each change when it is queued (an unknown display or mode is refused at once with
 // kSimIllegalArgument, as the display server does) and applies them all in one step at
@@ -49,6 +52,8 @@ class SimConfiguration final : public DisplayConfiguration {
                      SetOrigin{id, Point{static_cast<double>(x), static_cast<double>(y)}});
     }
 
+    ConfigStatus setMain(DisplayID id) override { return queue(isOnline(id), SetMain{id}); }
+
     ConfigStatus setMirror(DisplayID id, DisplayID target) override {
         const bool valid = isOnline(id) && (target == 0 || (target != id && isOnline(target)));
         return queue(valid, SetMirror{id, target});
@@ -58,7 +63,7 @@ class SimConfiguration final : public DisplayConfiguration {
         const auto [available, known] = core_->read([&](const SimData& data) {
             return std::pair{data.disconnect, data.find(id) != nullptr};
         });
-        if (!available) return kEnableUnavailable;
+        if (!available) return kConfigUnavailable;
         return queue(known, SetEnabled{id, enabled});
     }
 
@@ -104,6 +109,17 @@ class SimConfiguration final : public DisplayConfiguration {
     }
     static void apply(SimData& data, const SetEnabled& c) {
         if (SimDisplay* d = data.find(c.id)) d->enabled = c.enabled;
+    }
+    // The main display is the one at the origin: every display moves by the same offset, so
+    // the arrangement stays as it was.
+    static void apply(SimData& data, const SetMain& c) {
+        const SimDisplay* main = data.findOnline(c.id);
+        if (!main) return;
+        const Point shift = main->origin;
+        for (auto& d : data.displays) {
+            if (!d.online()) continue;
+            d.origin = Point{std::trunc(d.origin.x - shift.x), std::trunc(d.origin.y - shift.y)};
+        }
     }
 
     // A mirroring display shows its source, so it sits where the source sits.

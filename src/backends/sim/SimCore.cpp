@@ -148,19 +148,19 @@ void SimCore::settle(const Looks& before, std::unique_lock<std::mutex>& lock) {
         return it == looks.end() ? nullptr : &it->second;
     };
 
-    std::vector<std::pair<DisplayID, std::uint32_t>> changes;
+    std::vector<std::pair<DisplayID, DisplayChange>> changes;
     for (const auto& [id, now] : after) {
         const Look* was = find(before, id);
         const bool wasOnline = was && was->online;
         if (now.online != wasOnline) {
-            changes.emplace_back(id, now.online ? kReconfigAdd : kReconfigRemove);
+            changes.emplace_back(id, now.online ? DisplayChange::added : DisplayChange::removed);
         } else if (now.online && (now.mode != was->mode || now.origin != was->origin ||
                                   now.mirrorOf != was->mirrorOf)) {
-            changes.emplace_back(id, 0);
+            changes.emplace_back(id, DisplayChange::changed);
         }
     }
     for (const auto& [id, was] : before) {
-        if (was.online && !find(after, id)) changes.emplace_back(id, kReconfigRemove);
+        if (was.online && !find(after, id)) changes.emplace_back(id, DisplayChange::removed);
     }
 
     writeStateLocked();
@@ -169,15 +169,9 @@ void SimCore::settle(const Looks& before, std::unique_lock<std::mutex>& lock) {
         handlers.push_back(handler);
     lock.unlock();
 
-    // As on a real display server: every affected display hears "begin" before any hears
-    // what happened to it.
-    for (const auto& [id, flags] : changes) {
+    for (const auto& [id, change] : changes) {
         for (const auto& handler : handlers)
-            handler(id, kReconfigBegin);
-    }
-    for (const auto& [id, flags] : changes) {
-        for (const auto& handler : handlers)
-            handler(id, flags);
+            handler(id, change);
     }
 }
 

@@ -25,8 +25,10 @@
 
 namespace lumora::sim {
 
-// CoreGraphics' "illegal argument": a display or mode the server does not know.
-inline constexpr ConfigStatus kSimIllegalArgument = 1001;
+// A display or mode the server does not know.
+inline constexpr ConfigStatus kSimIllegalArgument = kConfigIllegalArgument;
+// The simulated displays have gamma tables of this many entries, as Macs have.
+inline constexpr std::size_t kSimGammaRampSize = 256;
 // I/O Kit's "no such device": no panel, or a channel whose display went away.
 inline constexpr std::int32_t kSimNoDevice = static_cast<std::int32_t>(0xE00002C0);
 
@@ -47,7 +49,7 @@ struct SimDisplay {
     std::int32_t mode = 0;
     DisplayID mirrorOf = 0;
     double backlight = 0.5;
-    std::optional<GammaTable> gamma;  // nothing while the display shows its colour profile
+    std::optional<GammaRamps> gamma;  // nothing while the display shows its colour profile
     std::unique_ptr<SimDdcMonitor> ddc;
 
     // In the display server's online list.
@@ -67,8 +69,9 @@ struct SimVirtual {
 };
 
 struct SimPowerState {
-    std::map<Power::AssertionID, std::string> assertions;
-    Power::AssertionID nextAssertion = 1;
+    std::map<std::uint64_t, std::string> assertions;  // held idle-sleep inhibitions by number
+    std::uint64_t nextAssertion = 1;
+    double displaySleepEndsAt = -1;  // uptime at which the running display sleep is done
     int displaySleeps = 0;
     int systemSleeps = 0;
     int userActivity = 0;
@@ -78,7 +81,7 @@ struct SimPowerState {
 struct SimLidSensorState {
     bool open = false;                   // opened successfully
     std::optional<std::int64_t> cached;  // the last value the manager received
-    LidSensor::ValueHandler onValue;
+    LidSensor::ChangeHandler onChange;
 };
 
 struct SimObserver {

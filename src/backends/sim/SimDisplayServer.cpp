@@ -54,27 +54,31 @@ class SimDisplayServer final : public DisplayServer {
     std::unique_ptr<DisplayConfiguration> beginConfiguration() override {
         return makeSimConfiguration(core_);
     }
-    [[nodiscard]] bool canEnableDisable() const override {
-        return core_->read([](const SimData& d) { return d.disconnect; });
+    [[nodiscard]] std::size_t gammaRampSize(DisplayID id) const override {
+        return fact(id, std::size_t{0}, [](const SimDisplay&) { return kSimGammaRampSize; });
     }
-
-    void restoreColorProfiles() override {
-        core_->update([](SimData& data) {
-            for (auto& d : data.displays)
-                d.gamma.reset();
-            return true;
-        });
-    }
-    ConfigStatus setTransferTable(DisplayID id, const GammaTable& table) override {
+    ConfigStatus setGamma(DisplayID id, const GammaRamps& ramps) override {
         ConfigStatus status = kSimIllegalArgument;
         core_->update([&](SimData& data) {
             SimDisplay* d = data.find(id);
             if (!d || !d->online()) return false;
-            d->gamma = table;
+            if (ramps.red.size() != kSimGammaRampSize || ramps.green.size() != kSimGammaRampSize ||
+                ramps.blue.size() != kSimGammaRampSize) {
+                return false;
+            }
+            d->gamma = ramps;
             status = kConfigOK;
             return true;
         });
         return status;
+    }
+    void resetGamma(DisplayID id) override {
+        core_->update([&](SimData& data) {
+            SimDisplay* d = data.find(id);
+            if (!d || !d->gamma) return false;
+            d->gamma.reset();
+            return true;
+        });
     }
 
     [[nodiscard]] std::vector<Screen> screens() const override {
@@ -88,7 +92,7 @@ class SimDisplayServer final : public DisplayServer {
             return screens;
         });
     }
-    [[nodiscard]] Point pointerLocation() const override {
+    [[nodiscard]] std::optional<Point> pointerLocation() const override {
         return core_->read([](const SimData& d) { return d.cursor; });
     }
 

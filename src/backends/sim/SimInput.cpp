@@ -105,21 +105,17 @@ bool SimInput::pressKeys(std::uint32_t keyCode, std::uint32_t modifiers) {
     return true;
 }
 
-bool SimInput::sendSystemDefined(std::int32_t subtype, std::int64_t data1, ModifierFlags flags) {
-    return send({SystemEventKind::systemDefined, subtype, data1, flags});
-}
-
-bool SimInput::send(const SystemDefinedEvent& event) {
+bool SimInput::sendBrightnessKey(bool up, bool pressed, bool fine) {
     TapHandler handler;
     {
         std::lock_guard lock(mutex_);
         if (!tapEnabled_) return false;
         handler = tapHandler_;
     }
-    return handler && handler(event);
+    return handler && handler(BrightnessKeyEvent{BrightnessKeyEvent::Kind::key, up, pressed, fine});
 }
 
-bool SimInput::disableTap(SystemEventKind reason) {
+bool SimInput::disableTap() {
     TapHandler handler;
     {
         std::lock_guard lock(mutex_);
@@ -127,9 +123,7 @@ bool SimInput::disableTap(SystemEventKind reason) {
         tapEnabled_ = false;
         handler = tapHandler_;
     }
-    SystemDefinedEvent notice;
-    notice.kind = reason;
-    return handler(notice);
+    return handler(BrightnessKeyEvent{BrightnessKeyEvent::Kind::tapDisabled});
 }
 
 bool SimInput::tapInstalled() const {

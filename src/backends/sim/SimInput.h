@@ -51,13 +51,12 @@ class SimInput final : public Input {
     // The user presses the combination; false when this process has not registered it.
     bool pressKeys(std::uint32_t keyCode, std::uint32_t modifiers);
 
-    // A system-defined event through the tap; true when it was swallowed. An event that finds
-    // no installed and enabled tap goes to the system (false).
-    bool sendSystemDefined(std::int32_t subtype, std::int64_t data1, ModifierFlags flags = {});
-    bool send(const SystemDefinedEvent& event);
-    // The system switches the tap off and tells its handler so (reason is one of the two
-    // tap-disabled notifications); returns whether the handler swallowed the notification.
-    bool disableTap(SystemEventKind reason);
+    // A brightness key through the tap; true when it was swallowed. A key that finds no
+    // installed and enabled tap goes to the system (false).
+    bool sendBrightnessKey(bool up, bool pressed, bool fine = false);
+    // The system switches the tap off and tells its handler so; returns whether the handler
+    // swallowed the notification.
+    bool disableTap();
 
     [[nodiscard]] bool tapInstalled() const;
     [[nodiscard]] bool tapEnabled() const;

@@ -5,43 +5,37 @@ namespace lumora::sim {
 namespace {
 
 constexpr std::int32_t kOpenOK = 0;
-// The sensor device's elements: the hinge angle, and its sensor state (as real sensors carry
-// one), so that readers must pick the angle by its usage.
-constexpr std::uint64_t kAngleElement = 1;
-constexpr std::uint64_t kStateElement = 2;
-constexpr std::uint32_t kSensorStateUsage = 0x201;
-constexpr std::int64_t kSensorStateReady = 1;  // index of the "ready" selector
 
-// An opened manager with a sensor device behind it.
+// An opened sensor with a device behind it.
 bool reporting(const SimData& data) {
     return data.lidSensor.open && data.lid && data.lid->sensor && data.lid->device;
 }
 
-// One input report of the angle element, as the main run loop would hand it over.
+// One report of the angle, as the main run loop would hand it over.
 void deliver(const std::weak_ptr<SimCore>& weak, std::int64_t angle) {
     auto core = weak.lock();
     if (!core) return;
-    LidSensor::ValueHandler handler;
+    LidSensor::ChangeHandler handler;
     core->update([&](SimData& data) {
         if (!reporting(data)) return false;
         data.lidSensor.cached = angle;
-        handler = data.lidSensor.onValue;
+        handler = data.lidSensor.onChange;
         return false;
     });
-    if (handler) handler(kHidSensorPage, kHidLidAngleUsage, angle);
+    if (handler) handler(LidReading{angle, std::nullopt});
 }
 
 class SimLidSensor final : public LidSensor {
   public:
     explicit SimLidSensor(std::shared_ptr<SimCore> core) : core_(std::move(core)) {}
 
-    std::optional<std::int32_t> open(ValueHandler onValue) override {
+    std::optional<std::int32_t> open(ChangeHandler onChange) override {
         std::optional<std::int32_t> status;
         core_->update([&](SimData& data) {
             if (!data.lid || !data.lid->sensor) return false;
             data.lidSensor.open = true;
-            data.lidSensor.onValue = std::move(onValue);
-            // A device reports its value when the manager opens it.
+            data.lidSensor.onChange = std::move(onChange);
+            // A device reports its value when the sensor is opened.
             if (data.lid->device) data.lidSensor.cached = data.lid->angle;
             status = kOpenOK;
             return false;
@@ -49,28 +43,16 @@ class SimLidSensor final : public LidSensor {
         return status;
     }
 
-    [[nodiscard]] std::vector<HidElement> elements() const override {
-        return core_->read([](const SimData& data) {
-            if (!reporting(data)) return std::vector<HidElement>{};
-            return std::vector<HidElement>{{kHidSensorPage, kHidLidAngleUsage, kAngleElement},
-                                           {kHidSensorPage, kSensorStateUsage, kStateElement}};
-        });
-    }
-
-    std::optional<std::int64_t> getValue(const HidElement& element, bool askDevice) override {
-        std::optional<std::int64_t> value;
+    LidReading read(bool fresh) override {
+        LidReading reading;
         core_->update([&](SimData& data) {
             if (!reporting(data)) return false;
-            if (element.handle == kStateElement) {
-                value = kSensorStateReady;
-            } else if (element.handle == kAngleElement) {
-                // Asking the device also refreshes what the manager holds.
-                if (askDevice) data.lidSensor.cached = data.lid->angle;
-                value = data.lidSensor.cached;
-            }
+            // Asking the device also refreshes what the sensor last reported.
+            if (fresh) data.lidSensor.cached = data.lid->angle;
+            reading.angle = data.lidSensor.cached;
             return false;
         });
-        return value;
+        return reading;
     }
 
   private:

@@ -37,6 +37,25 @@ SimMachine::SimMachine(World world, Scheduler& scheduler)
 
 SimMachine::~SimMachine() = default;
 
+std::string SimMachine::name() const {
+    return "simulated machine";
+}
+
+Capabilities SimMachine::capabilities() const {
+    return impl_->core->read([](const SimData& data) {
+        Capabilities c;
+        c.setMode = c.setMain = c.mirror = c.gamma = true;
+        c.enableDisable = data.disconnect;
+        c.virtualDisplays = data.virtualDisplaysAvailable;
+        c.globalKeys = c.brightnessKeyTap = c.pointer = true;
+        c.lidAngle = data.lid && data.lid->sensor;
+        c.backlight = data.backlightControl;
+        c.ddc = true;
+        c.displaySleep = c.systemSleep = c.idleInhibit = true;
+        return c;
+    });
+}
+
 DisplayServer& SimMachine::displayServer() {
     return *impl_->displayServer;
 }
@@ -150,10 +169,10 @@ void SimMachine::clearWire() {
     });
 }
 
-std::optional<GammaTable> SimMachine::gamma(DisplayID id) const {
+std::optional<GammaRamps> SimMachine::gamma(DisplayID id) const {
     return impl_->core->read([&](const SimData& data) {
         const SimDisplay* d = data.find(id);
-        return d ? d->gamma : std::optional<GammaTable>{};
+        return d ? d->gamma : std::optional<GammaRamps>{};
     });
 }
 

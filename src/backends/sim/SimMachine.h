@@ -11,6 +11,7 @@
 #include "platform/Backlight.h"
 #include "platform/DisplayServer.h"
 #include "platform/LidSensor.h"
+#include "platform/Platform.h"
 #include "platform/Power.h"
 #include "platform/Scheduler.h"
 #include "platform/SystemEvents.h"
@@ -42,29 +43,33 @@ struct WireEvent {
 //   the first online one. A display that mirrors another has no screen of its own.
 // - A configuration refuses an unknown display or mode when the change is queued
 //   (status 1001); complete() then applies everything queued at once and returns 0.
-// - Every change of the arrangement announces each affected display with kReconfigBegin,
-//   then, once all begins are out, with its change flags: kReconfigAdd when it came online,
-//   kReconfigRemove when it left, 0 for a new mode, origin or mirroring. Handlers run on the
-//   changing thread, after the lock is released.
+// - Every change of the arrangement announces each affected display once: added when it came
+//   online, removed when it left, changed for a new mode, origin or mirroring. Handlers run on
+//   the changing thread, after the lock is released.
+// - The main display is the one at (0,0): making a display main moves every origin.
 // - Channels, virtual display handles and child processes may outlive the machine; they then
 //   fail quietly. Handlers are called only while the machine exists.
-class SimMachine {
+class SimMachine : public Platform {
   public:
     SimMachine(World world, Scheduler& scheduler);
-    ~SimMachine();
+    ~SimMachine() override;
     SimMachine(const SimMachine&) = delete;
     SimMachine& operator=(const SimMachine&) = delete;
 
-    DisplayServer& displayServer();
-    Backlight& backlight();
-    AVServices& avServices();
-    VirtualDisplays& virtualDisplays();
-    Power& power();
-    LidSensor& lidSensor();
-    SystemEvents& systemEvents();
+    [[nodiscard]] std::string name() const override;
+    // Everything, but for what the world switches off (disconnect, virtual displays, backlight
+    // entry points, the lid sensor).
+    [[nodiscard]] Capabilities capabilities() const override;
+    DisplayServer& displayServer() override;
+    Backlight& backlight() override;
+    AVServices& avServices() override;
+    VirtualDisplays& virtualDisplays() override;
+    Power& power() override;
+    LidSensor& lidSensor() override;
+    SystemEvents& systemEvents() override;
     // The keyboard (trusted for the brightness-key tap as the world's "accessibility" says)
     // and the on-screen display.
-    SimInput& input();
+    SimInput& input() override;
     SimOsd& osd();
 
     // The hardware state as the state file shows it.
@@ -74,7 +79,7 @@ class SimMachine {
     void writeStateFile() const;
 
     // Scripted hardware changes, delivered through the same reconfiguration events that real
-    // hardware gives (begin flag first, then the change with add/remove flags).
+    // hardware gives.
     void setOnline(DisplayID id, bool online);  // plug in / unplug
     void setAsleep(DisplayID id, bool asleep);
     void setPointer(Point location);
@@ -93,7 +98,7 @@ class SimMachine {
     void clearWire();
 
     // The gamma table a display now shows; nothing while it shows its profile.
-    [[nodiscard]] std::optional<GammaTable> gamma(DisplayID id) const;
+    [[nodiscard]] std::optional<GammaRamps> gamma(DisplayID id) const;
 
     struct Impl;
 

@@ -4,71 +4,70 @@ namespace lumora::sim {
 
 namespace {
 
-const char* const kPowerTool = "/usr/bin/pmset";
-const char* const kDisplaySleepArgument = "displaysleepnow";
-const char* const kSystemSleepArgument = "sleepnow";
-// How long the power tool seems to run: long enough that a second request can overlap it.
-constexpr double kPowerToolRunSeconds = 2.0;
-const char* const kLaunchError = "launch path not accessible";
+// How long a display sleep seems to take: long enough that a second request can overlap it.
+constexpr double kDisplaySleepSeconds = 2.0;
 
-class SimChildProcess final : public ChildProcess {
+class SimInhibition final : public SleepInhibition {
   public:
-    SimChildProcess(std::weak_ptr<SimCore> core, double endsAt)
-        : core_(std::move(core)), endsAt_(endsAt) {}
-
-    [[nodiscard]] bool running() const override {
-        auto core = core_.lock();
-        return core && core->scheduler().uptime() < endsAt_;
+    SimInhibition(std::weak_ptr<SimCore> core, std::uint64_t number)
+        : core_(std::move(core)), number_(number) {}
+    ~SimInhibition() override {
+        if (auto core = core_.lock()) {
+            core->update([&](SimData& data) { return data.power.assertions.erase(number_) > 0; });
+        }
     }
+    SimInhibition(const SimInhibition&) = delete;
+    SimInhibition& operator=(const SimInhibition&) = delete;
 
   private:
     std::weak_ptr<SimCore> core_;
-    double endsAt_;
+    std::uint64_t number_;
 };
 
 class SimPower final : public Power {
   public:
     explicit SimPower(std::shared_ptr<SimCore> core) : core_(std::move(core)) {}
 
-    AssertionID createAssertion(const std::string& /*type*/, const std::string& name) override {
-        AssertionID id = 0;
+    std::unique_ptr<SleepInhibition> inhibitIdleSleep(const std::string& reason) override {
+        std::uint64_t number = 0;
         core_->update([&](SimData& data) {
-            id = data.power.nextAssertion++;
-            data.power.assertions.emplace(id, name);
+            number = data.power.nextAssertion++;
+            data.power.assertions.emplace(number, reason);
             return true;
         });
-        return id;
+        return std::make_unique<SimInhibition>(core_, number);
     }
 
-    void releaseAssertion(AssertionID id) override {
-        core_->update([&](SimData& data) { return data.power.assertions.erase(id) > 0; });
+    PowerRequest sleepDisplays() override {
+        const double now = core_->scheduler().uptime();
+        core_->update([&](SimData& data) {
+            // Still on the way down from the last request: nothing more to do.
+            if (now < data.power.displaySleepEndsAt) return false;
+            data.power.displaySleepEndsAt = now + kDisplaySleepSeconds;
+            ++data.power.displaySleeps;
+            for (auto& d : data.displays) {
+                if (d.online()) d.asleep = true;
+            }
+            return true;
+        });
+        return {true, {}};
     }
 
-    void declareUserActivity(const std::string& /*name*/) override {
+    PowerRequest sleepSystem() override {
+        core_->update([](SimData& data) {
+            ++data.power.systemSleeps;
+            return true;
+        });
+        return {true, {}};
+    }
+
+    void declareUserActivity(const std::string& /*reason*/) override {
         core_->update([](SimData& data) {
             ++data.power.userActivity;
             for (auto& d : data.displays)
                 d.asleep = false;
             return true;
         });
-    }
-
-    Spawned spawn(const std::string& path, const std::vector<std::string>& arguments) override {
-        if (path != kPowerTool) return Spawned{nullptr, kLaunchError};
-        const bool displaySleep = arguments == std::vector<std::string>{kDisplaySleepArgument};
-        const bool systemSleep = arguments == std::vector<std::string>{kSystemSleepArgument};
-        core_->update([&](SimData& data) {
-            if (displaySleep) {
-                ++data.power.displaySleeps;
-                for (auto& d : data.displays) {
-                    if (d.online()) d.asleep = true;
-                }
-            }
-            if (systemSleep) ++data.power.systemSleeps;
-            return displaySleep || systemSleep;
-        });
-        const double endsAt = core_->scheduler().uptime() + kPowerToolRunSeconds;
-        return Spawned{std::make_shared<SimChildProcess>(core_, endsAt), {}};
     }
 
   private:

@@ -20,12 +20,14 @@ constexpr double kBacklightScale = 1e6;
 // The entries at these indices stand for a whole table.
 constexpr int kGammaSamples[] = {0, 128, 255};
 
-json gammaJson(const std::optional<GammaTable>& table) {
+json gammaJson(const std::optional<GammaRamps>& table) {
     if (!table) return "identity";
-    auto channel = [](const std::array<float, kGammaTableSize>& entries) {
+    auto channel = [](const std::vector<float>& entries) {
         json samples = json::array();
-        for (int i : kGammaSamples)
-            samples.push_back(roundTo(entries[i], kGammaScale));
+        for (int i : kGammaSamples) {
+            const auto at = static_cast<std::size_t>(i);
+            if (at < entries.size()) samples.push_back(roundTo(entries[at], kGammaScale));
+        }
         return samples;
     };
     return json{{"red", channel(table->red)},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <vector>
@@ -12,12 +13,22 @@
 
 namespace lumora::DDC {
 
-// Opens a channel to every external monitor and pairs the channels with the given displays:
-// first by EDID vendor, product and serial, then whatever is left in registry order.
-// Displays without a channel are absent from the result.
-std::map<DisplayID, std::shared_ptr<DDCService>> services(AVServices& services,
-                                                          const DisplayServer& displays,
-                                                          Sleeper& sleeper,
-                                                          const std::vector<DisplayID>& ids);
+// What pairing needs to know of one display, read from the display server on the main thread
+// before the DDC queue runs (display servers are not shared across threads).
+struct Target {
+    DisplayID id = 0;
+    std::uint32_t vendor = 0;
+    std::uint32_t product = 0;
+    std::uint32_t serial = 0;
+};
+
+// Main thread: the targets for the given displays, in order.
+std::vector<Target> targets(const DisplayServer& server, const std::vector<DisplayID>& ids);
+
+// DDC queue: opens a channel to every external monitor and pairs the channels with the
+// targets: first a channel that names its display, then by EDID vendor, product and serial,
+// then whatever is left in registry order. Displays without a channel are absent.
+std::map<DisplayID, std::shared_ptr<DDCService>> services(AVServices& services, Sleeper& sleeper,
+                                                          const std::vector<Target>& targets);
 
 }  // namespace lumora::DDC

@@ -7,6 +7,10 @@
 
 namespace lumora {
 
+// Values of the power control (VCP::power): on, and standby.
+inline constexpr std::uint16_t kDdcPowerOn = 0x01;
+inline constexpr std::uint16_t kDdcPowerStandby = 0x04;
+
 // The MCCS control codes ("VCP features") Lumora reads and sets over DDC/CI.
 enum class VCP : std::uint8_t {
     brightness = 0x10,

@@ -62,7 +62,8 @@ class Displays {
 
     // --- Configuration ---
     bool setMode(DisplayID id, const DisplayMode& mode);
-    // Moves `id` to the origin, keeping every display's place relative to it.
+    // Makes `id` the main display (on platforms where the main display is the one at the
+    // origin, every display moves with it).
     bool setMain(DisplayID id);
     // target 0 ends the mirroring of id.
     bool mirror(DisplayID id, DisplayID target);
@@ -71,7 +72,6 @@ class Displays {
     bool setEnabled(DisplayID id, bool enabled, bool quiet);
     // Switches back on every display the program switched off.
     void reconnectAll();
-    [[nodiscard]] bool canDisconnect() const;
     [[nodiscard]] const std::map<DisplayID, std::string>& disconnected() const {
         return disconnected_;
     }

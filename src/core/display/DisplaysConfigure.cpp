@@ -1,23 +1,11 @@
 #include "display/Displays.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <string>
 
 namespace lumora {
 
 namespace {
-
-// An origin offset as the display server takes it; nothing when it is no 32-bit number.
-std::optional<std::int32_t> originOffset(double difference) {
-    constexpr double kMin = std::numeric_limits<std::int32_t>::min();
-    constexpr double kMax = std::numeric_limits<std::int32_t>::max();
-    if (!std::isfinite(difference)) return std::nullopt;
-    const double whole = std::trunc(difference);
-    if (whole < kMin || whole > kMax) return std::nullopt;
-    return static_cast<std::int32_t>(whole);
-}
 
 std::string prefix(DisplayID id) {
     return "display " + std::to_string(id) + ": ";
@@ -43,25 +31,14 @@ bool Displays::setMode(DisplayID id, const DisplayMode& mode) {
 }
 
 bool Displays::setMain(DisplayID id) {
-    const Point target = server_.bounds(id).origin;
-    struct Move {
-        DisplayID id;
-        std::int32_t x;
-        std::int32_t y;
-    };
-    std::vector<Move> moves;
-    for (DisplayID d : onlineIDs()) {
-        const Point at = server_.bounds(d).origin;
-        const auto x = originOffset(at.x - target.x);
-        const auto y = originOffset(at.y - target.y);
-        if (!x || !y) return false;
-        moves.push_back({d, *x, *y});
-    }
-
     auto config = server_.beginConfiguration();
     if (!config) return false;
-    for (const auto& move : moves)
-        config->setOrigin(move.id, move.x, move.y);
+    const ConfigStatus queued = config->setMain(id);
+    if (queued != kConfigOK) {
+        config->cancel();
+        log_.write(prefix(id) + "cannot become the main display (" + std::to_string(queued) + ")");
+        return false;
+    }
     return config->complete(ConfigureOption::permanently) == kConfigOK;
 }
 
@@ -74,10 +51,6 @@ bool Displays::mirror(DisplayID id, DisplayID target) {
 
 DisplayID Displays::mirrorSource(DisplayID id) const {
     return server_.mirrorSource(id);
-}
-
-bool Displays::canDisconnect() const {
-    return server_.canEnableDisable();
 }
 
 bool Displays::setEnabled(DisplayID id, bool enabled, bool quiet) {

@@ -1,7 +1,5 @@
 #include "input/MediaKeys.h"
 
-#include "input/BrightnessKey.h"
-
 namespace lumora {
 
 MediaKeys::MediaKeys(Input& input, Log& log) : input_(input), log_(log) {}
@@ -14,7 +12,7 @@ bool MediaKeys::start() {
     if (tap_) return true;
     // The settings section asks for the permission; nothing to log here.
     if (!input_.isTrusted()) return false;
-    if (!input_.startTap([this](const SystemDefinedEvent& e) { return handle(e); })) {
+    if (!input_.startTap([this](const BrightnessKeyEvent& e) { return handle(e); })) {
         log_.write("brightness keys: event tap refused");
         return false;
     }
@@ -30,22 +28,19 @@ void MediaKeys::stop() {
     tap_ = false;
 }
 
-bool MediaKeys::handle(const SystemDefinedEvent& event) {
-    if (event.kind == SystemEventKind::tapDisabledByTimeout ||
-        event.kind == SystemEventKind::tapDisabledByUserInput) {
+bool MediaKeys::handle(const BrightnessKeyEvent& event) {
+    if (event.kind == BrightnessKeyEvent::Kind::tapDisabled) {
         // A slow callback or user input switched the tap off; until it is back on, the keys
         // would reach the system untouched.
         if (tap_) input_.enableTap(true);
         return false;
     }
-    auto key = decodeBrightnessKey(event);
-    if (!key) return false;
-    if (!key->down) return swallowedDown_;
+    if (!event.pressed) return swallowedDown_;
     if (!onBrightness) {
         swallowedDown_ = false;
         return false;
     }
-    swallowedDown_ = onBrightness(key->up, key->fine);
+    swallowedDown_ = onBrightness(event.up, event.fine);
     return swallowedDown_;
 }
 

@@ -7,9 +7,9 @@
 
 namespace lumora {
 
-// Intercepts the keyboard's brightness keys through a session-level event tap. The owner's
-// onBrightness decides what a key does; this class decodes the key, asks, and swallows the
-// event when the answer is true, or passes it to the system. Main thread only.
+// Intercepts the keyboard's brightness keys through the platform's tap. The owner's
+// onBrightness decides what a key does; this class asks, and swallows the key when the answer
+// is true, or passes it to the system (a key-up follows its key-down). Main thread only.
 class MediaKeys {
   public:
     // input and log must outlive the object.
@@ -29,7 +29,7 @@ class MediaKeys {
     std::function<bool(bool up, bool fine)> onBrightness;
 
   private:
-    bool handle(const SystemDefinedEvent& event);
+    bool handle(const BrightnessKeyEvent& event);
 
     Input& input_;
     Log& log_;

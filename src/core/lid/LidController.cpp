@@ -3,14 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "lid/HidRead.h"
-
 namespace lumora {
 
 namespace {
 
-constexpr const char* kDisplaySleepArgument = "displaysleepnow";
-constexpr const char* kSystemSleepArgument = "sleepnow";
 constexpr std::int32_t kSensorOpenOK = 0;
 
 std::string angleText(const std::optional<std::int64_t>& angle, const char* absent) {
@@ -44,9 +40,8 @@ void LidController::start() {
     });
     // Reconfiguration events may come on any thread; the tick itself runs on the main queue.
     WorkQueue& main = deps_.scheduler.mainQueue();
-    reconfiguration_ = deps_.displayServer.addReconfigurationHandler(
-        [weak, &main](DisplayID, std::uint32_t flags) {
-            if ((flags & kReconfigBegin) != 0) return;
+    reconfiguration_ =
+        deps_.displayServer.addReconfigurationHandler([weak, &main](DisplayID, DisplayChange) {
             main.post([weak] {
                 if (auto self = weak.lock()) self->tick();
             });
@@ -91,12 +86,14 @@ void LidController::shutdown() {
 
 void LidController::openSensor() {
     const std::weak_ptr<LidController> weak = weak_from_this();
-    const auto status =
-        deps_.sensor.open([weak](std::uint32_t usagePage, std::uint32_t usage, std::int64_t value) {
-            if (auto self = weak.lock()) self->onValue(usagePage, usage, value);
-        });
+    const auto status = deps_.sensor.open([weak](const LidReading& reading) {
+        if (auto self = weak.lock()) {
+            self->take(reading);
+            self->tick();
+        }
+    });
     sensorManager_ = status.has_value();
-    // The manager is kept either way: a failed open simply never delivers values.
+    // The sensor is kept either way: a failed open simply never delivers values.
     if (status && *status != kSensorOpenOK) {
         deps_.log.write("lid: sensor open failed (" + std::to_string(*status) + ")");
     }
@@ -104,17 +101,19 @@ void LidController::openSensor() {
 
 void LidController::readAngle() {
     if (!sensorManager_) return;
-    // Every angle element is read; the last successful reading wins.
-    for (const HidElement& element : deps_.sensor.elements()) {
-        if (element.usagePage != kHidSensorPage || element.usage != kHidLidAngleUsage) continue;
-        if (auto value = readHidInteger(deps_.sensor, element, /*fresh=*/true)) angle_ = value;
-    }
+    take(deps_.sensor.read(/*fresh=*/true));
 }
 
-void LidController::onValue(std::uint32_t usagePage, std::uint32_t usage, std::int64_t value) {
-    if (usagePage != kHidSensorPage || usage != kHidLidAngleUsage) return;
-    angle_ = value;
-    tick();
+// A failed read leaves the last values in place.
+void LidController::take(const LidReading& reading) {
+    if (reading.angle) angle_ = reading.angle;
+    if (reading.closed) closed_ = reading.closed;
+}
+
+std::optional<std::int64_t> LidController::machineAngle() const {
+    if (angle_) return angle_;
+    if (closed_) return *closed_ ? kSwitchClosedAngle : kSwitchOpenAngle;
+    return std::nullopt;
 }
 
 void LidController::onTimer() {
@@ -137,8 +136,8 @@ void LidController::tick() {
     if (phase_ != Phase::running) return;
     const Displays::Snapshot snap = deps_.displays.snapshot();
     const LidMode before = machine_.mode();
-    const LidInputs inputs{deps_.scheduler.uptime(), angle_, snap.externals, snap.builtinOnline,
-                           snap.builtinAsleep};
+    const LidInputs inputs{deps_.scheduler.uptime(), machineAngle(), snap.externals,
+                           snap.builtinOnline, snap.builtinAsleep};
     perform(machine_.tick(inputs));
     if (machine_.mode() != before && onChange_) onChange_();
 }
@@ -162,13 +161,14 @@ void LidController::perform(const LidAction& action) {
             action.on ? dim() : restoreDim();
             break;
         case LidAction::Kind::displaySleep:
-            displaySleep();
+            // The port does nothing more while an earlier display sleep is under way.
+            logFailure(deps_.power.sleepDisplays());
             break;
         case LidAction::Kind::wakeDisplay:
             declareWake();
             break;
         case LidAction::Kind::systemSleep:
-            spawn(kPowerTool, {kSystemSleepArgument});
+            logFailure(deps_.power.sleepSystem());
             break;
     }
 }
@@ -195,11 +195,6 @@ void LidController::restoreDim() {
     deps_.defaults.remove(kSavedBrightnessKey);
 }
 
-void LidController::displaySleep() {
-    if (displayProcess_ && displayProcess_->running()) return;
-    displayProcess_ = spawn(kPowerTool, {kDisplaySleepArgument});
-}
-
 void LidController::declareWake() {
     deps_.power.declareUserActivity(kWakeActivityName);
     const std::weak_ptr<LidController> weak = weak_from_this();
@@ -208,14 +203,9 @@ void LidController::declareWake() {
     });
 }
 
-std::shared_ptr<ChildProcess> LidController::spawn(const std::string& path,
-                                                   const std::vector<std::string>& arguments) {
-    Power::Spawned spawned = deps_.power.spawn(path, arguments);
-    if (!spawned.process) {
-        deps_.log.write("lid: " + path + " failed: " + spawned.error);
-        return nullptr;
-    }
-    return std::move(spawned.process);
+// Logged and forgotten: the machine's retry timing asks again later.
+void LidController::logFailure(const PowerRequest& request) {
+    if (!request.started) deps_.log.write("lid: " + request.error);
 }
 
 }  // namespace lumora

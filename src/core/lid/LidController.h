@@ -55,8 +55,11 @@ class LidController : public std::enable_shared_from_this<LidController> {
     // A second user-activity nudge this long after the first: the first may come while the
     // panel is still being switched back on.
     static constexpr double kSecondWakeDelay = 2.0;
-    static constexpr const char* kPowerTool = "/usr/bin/pmset";
     static constexpr const char* kWakeActivityName = "Lumora: lid opened";
+    // A lid that only tells open or closed (a lid switch) is fed to the machine as these
+    // angles: well inside the closed and the open band of any configuration.
+    static constexpr std::int64_t kSwitchClosedAngle = 0;
+    static constexpr std::int64_t kSwitchOpenAngle = 180;
 
     // Inert until start(): no platform access here.
     static std::shared_ptr<LidController> create(LidConfig config, Deps deps);
@@ -72,7 +75,8 @@ class LidController : public std::enable_shared_from_this<LidController> {
     // Stops the timer and gives back the panel and its brightness.
     void shutdown();
 
-    // Last angle read, in degrees; nothing until a reading succeeded.
+    // Last angle read, in degrees; nothing until a reading succeeded (and never for a lid
+    // that only has a switch).
     [[nodiscard]] std::optional<std::int64_t> angle() const { return angle_; }
     [[nodiscard]] const LidMachine& machine() const { return machine_; }
     // Called after a tick in which the machine's mode changed.
@@ -93,26 +97,25 @@ class LidController : public std::enable_shared_from_this<LidController> {
     void readAngle();
     void tick();
     void onTimer();
-    void onValue(std::uint32_t usagePage, std::uint32_t usage, std::int64_t value);
+    void take(const LidReading& reading);
+    // What the machine is fed: the angle, else the switch as an angle.
+    [[nodiscard]] std::optional<std::int64_t> machineAngle() const;
     void onWake();
     void perform(const std::vector<LidAction>& actions);
     void perform(const LidAction& action);
     void dim();
     void restoreDim();
-    void displaySleep();
     void declareWake();
-    // The child process, or nothing on a launch error (which is logged).
-    std::shared_ptr<ChildProcess> spawn(const std::string& path,
-                                        const std::vector<std::string>& arguments);
+    void logFailure(const PowerRequest& request);
 
     LidMachine machine_;
     Deps deps_;
     Brightness brightness_;
     std::optional<std::int64_t> angle_;
+    std::optional<bool> closed_;  // from a lid switch
     std::function<void()> onChange_;
     bool sensorManager_ = false;  // the platform could create a sensor manager
     TaskHandle timer_;
-    std::shared_ptr<ChildProcess> displayProcess_;
     std::vector<SystemEvents::Token> observers_;
     std::optional<int> reconfiguration_;
     std::int64_t ticks_ = 0;

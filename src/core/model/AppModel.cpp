@@ -4,44 +4,44 @@
 
 namespace lumora {
 
-namespace {
-
-// Display reconfiguration flags that ask for a DDC rescan: a display came or went.
-constexpr std::uint32_t kAddedOrRemoved = kReconfigAdd | kReconfigRemove;
-
-}  // namespace
-
 std::shared_ptr<AppModel> AppModel::create(AppPorts ports) {
     return std::make_shared<AppModel>(Passkey{}, ports);
 }
 
 AppModel::AppModel(Passkey, AppPorts ports)
     : ports_(ports),
+      capabilities_(ports.platform.capabilities()),
+      ddc_(DdcControl::create(
+          DdcControl::Deps{ports.scheduler, ports.platform.displayServer(),
+                           ports.platform.avServices(), ports.displays, ports.log},
+          &objectWillChange_)),
+      brightness_(BrightnessControl::Deps{*ddc_, ports.displays, ports.platform.displayServer(),
+                                          ports.platform.backlight(), ports.osd, ports.defaults},
+                  &objectWillChange_),
       lid_(LidController::create(
           loadLidConfig(ports.defaults),
-          LidController::Deps{ports.scheduler, ports.displayServer, ports.displays, ports.backlight,
-                              ports.power, ports.lidSensor, ports.systemEvents, ports.defaults,
-                              ports.log})),
-      virtualScreens_(ports.displays, ports.virtualDisplays, ports.defaults, ports.log),
-      hidpi_(ports.displays, ports.virtualDisplays, ports.scheduler, ports.defaults, ports.log),
-      hotkeys_(ports.input, ports.scheduler, ports.log),
-      mediaKeys_(ports.input, ports.log),
-      brightness_(ports.backlight),
-      gamma_(ports.displayServer),
-      ddcQueue_(ports.scheduler.makeSerialQueue(kDdcQueueLabel)) {
+          LidController::Deps{ports.scheduler, ports.platform.displayServer(), ports.displays,
+                              ports.platform.backlight(), ports.platform.power(),
+                              ports.platform.lidSensor(), ports.platform.systemEvents(),
+                              ports.defaults, ports.log})),
+      virtualScreens_(ports.displays, ports.platform.virtualDisplays(), ports.defaults, ports.log),
+      hidpi_(ports.displays, ports.platform.virtualDisplays(), ports.scheduler, ports.defaults,
+             ports.log),
+      hotkeys_(ports.platform.input(), ports.scheduler, ports.log),
+      mediaKeys_(ports.platform.input(), ports.log) {
     // Loading assigns the initial values; nobody can have subscribed yet.
-    color_.set(loadColorAdjust(ports_.defaults));
     lidConfig_.set(lid_->machine().config());
     shortcuts_.set(loadShortcuts(ports_.defaults));
     preventSleepWithExternal_.set(loadPreventSleep(ports_.defaults));
     brightnessKeys_.set(loadBrightnessKeys(ports_.defaults));
-    accessibilityOK_.set(ports_.input.isTrusted());
+    accessibilityOK_.set(ports_.platform.input().isTrusted());
     launchAgentInstalled_ = ports_.session.launchAgentInstalled();
 }
 
 AppModel::~AppModel() {
-    // Pending DDC writes hold only their channel and value: they still reach the monitor.
-    if (reconfiguration_) ports_.displayServer.removeReconfigurationHandler(*reconfiguration_);
+    if (reconfiguration_) {
+        ports_.platform.displayServer().removeReconfigurationHandler(*reconfiguration_);
+    }
 }
 
 void AppModel::start() {
@@ -77,23 +77,25 @@ void AppModel::start() {
     updateMediaKeys();
 
     // Events may come on any thread; everything after this runs on the main queue.
-    reconfiguration_ = ports_.displayServer.addReconfigurationHandler(
-        [weak, &main](DisplayID, std::uint32_t flags) {
-            if ((flags & kReconfigBegin) != 0 || weak.expired()) return;
-            main.post([weak, flags] {
-                if (auto self = weak.lock()) self->scheduleRefresh((flags & kAddedOrRemoved) != 0);
+    reconfiguration_ = ports_.platform.displayServer().addReconfigurationHandler(
+        [weak, &main](DisplayID, DisplayChange change) {
+            if (weak.expired()) return;
+            main.post([weak, change] {
+                if (auto self = weak.lock())
+                    self->scheduleRefresh(change != DisplayChange::changed);
             });
         });
 
     refresh();
-    rescanDDC();
-    applyColor();
+    ddc_->rescan();
+    ddcStarted_ = true;
+    brightness_.applyColor();
 }
 
 void AppModel::scheduleRefresh(bool rescan) {
     // Not merged: a newly attached monitor should be controllable at once.
     if (rescan) {
-        rescanDDC();
+        ddc_->rescan();
         hidpi_.reconcile();
     }
     if (refreshScheduled_) return;
@@ -104,7 +106,7 @@ void AppModel::scheduleRefresh(bool rescan) {
         if (!self) return;
         self->refreshScheduled_ = false;
         self->refresh();
-        self->applyColor();
+        self->brightness_.applyColor();
     });
 }
 
@@ -121,32 +123,33 @@ void AppModel::refresh() {
     std::erase_if(listed, [&](const DisplayInfo& d) { return backing.contains(d.id); });
     displays_.set(std::move(listed));
     hidpiOn_.set(std::move(external));
-    accessibilityOK_.set(ports_.input.isTrusted());
+    accessibilityOK_.set(ports_.platform.input().isTrusted());
     lidMode_.set(lid_->machine().mode());
     lidAngle_.set(lid_->angle());
 
     for (const DisplayInfo& d : displays_.get()) {
         if (!d.isBuiltin || !d.isOnline) continue;
-        // An unreadable level leaves the old one.
-        if (auto level = brightness_.builtin(d.id)) builtinBrightness_.set(*level);
+        brightness_.readBuiltin(d.id);
         break;
     }
-    updateSleepAssertion();
+    updateSleepInhibition();
+    // A display seen before the event that announces it is scanned now. Not before start:
+    // the start sequence scans after its first refresh.
+    if (ddcStarted_) ddc_->scanNewDisplays();
 }
 
-void AppModel::updateSleepAssertion() {
+void AppModel::updateSleepInhibition() {
     if (preventSleepWithExternal_.get() && ports_.displays.snapshot().externals > 0) {
-        if (sleepAssertion_ != 0) return;
-        // A refusal leaves 0, and the next refresh tries again.
-        sleepAssertion_ = ports_.power.createAssertion(kSleepAssertionType, kSleepAssertionName);
-    } else if (sleepAssertion_ != 0) {
-        ports_.power.releaseAssertion(sleepAssertion_);
-        sleepAssertion_ = 0;
+        if (sleepInhibition_) return;
+        // A refusal leaves none, and the next refresh tries again.
+        sleepInhibition_ = ports_.platform.power().inhibitIdleSleep(kSleepInhibitionReason);
+    } else {
+        sleepInhibition_.reset();
     }
 }
 
 void AppModel::updateMediaKeys() {
-    accessibilityOK_.set(ports_.input.isTrusted());
+    accessibilityOK_.set(ports_.platform.input().isTrusted());
     if (brightnessKeys_.get()) {
         mediaKeys_.start();
     } else {
@@ -164,7 +167,7 @@ void AppModel::setLidConfig(const LidConfig& config) {
 void AppModel::setPreventSleepWithExternal(bool on) {
     preventSleepWithExternal_.set(on);
     ports_.defaults.setBoolean(kPreventSleepKey, on);
-    updateSleepAssertion();
+    updateSleepInhibition();
 }
 
 void AppModel::setBrightnessKeys(bool on) {

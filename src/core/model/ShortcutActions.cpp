@@ -4,45 +4,51 @@
 
 namespace lumora {
 
-namespace {
-
-constexpr const char* kPowerTool = "/usr/bin/pmset";
-constexpr const char* kDisplaySleepArgument = "displaysleepnow";
-
-}  // namespace
-
 void AppModel::perform(ShortcutAction action) {
     // Deliberately nothing without a display under the pointer, whatever the action.
     const auto display = displayUnderCursor();
     if (!display) return;
+    const bool stepsBrightness =
+        action == ShortcutAction::brightnessUp || action == ShortcutAction::brightnessDown;
+    if (!stepsBrightness) {
+        performNow(action, *display);
+        return;
+    }
+    ddc_->whenScanned(*display, [weak = weak_from_this(), action, id = *display] {
+        if (auto self = weak.lock()) self->performNow(action, id);
+    });
+}
+
+void AppModel::performNow(ShortcutAction action, DisplayID display) {
     switch (action) {
         case ShortcutAction::brightnessUp:
         case ShortcutAction::brightnessDown:
-            stepBrightness(*display, action == ShortcutAction::brightnessUp, /*fine=*/false);
+            brightness_.step(display, action == ShortcutAction::brightnessUp, /*fine=*/false);
             break;
         case ShortcutAction::dimToBlack:
-            dimToBlack(*display);
+            brightness_.dimToBlack(display);
             break;
         case ShortcutAction::toggleBuiltin:
             for (const DisplayInfo& d : displays_.get()) {
                 if (!d.isBuiltin) continue;
-                ports_.displays.setEnabled(d.id, !d.isOnline, /*quiet=*/false);
-                refresh();
+                setEnabled(d.id, !d.isOnline);
                 break;
             }
             break;
         case ShortcutAction::toggleHiDPI: {
-            if (ports_.displayServer.isBuiltin(*display)) break;
-            const bool wasOn = hidpi_.isOn(*display);
-            setHiDPI(*display, !wasOn);
-            ports_.osd.show(*display, wasOn ? 0.0 : 1.0, "textformat.size",
+            if (ports_.platform.displayServer().isBuiltin(display)) break;
+            const bool wasOn = hidpi_.isOn(display);
+            setHiDPI(display, !wasOn);
+            ports_.osd.show(display, wasOn ? 0.0 : 1.0, "textformat.size",
                             wasOn ? "1\u00D7" : "HiDPI");
             break;
         }
-        case ShortcutAction::sleepDisplays:
-            // Nothing waits for the tool, and a failed launch is ignored.
-            ports_.power.spawn(kPowerTool, {kDisplaySleepArgument});
+        case ShortcutAction::sleepDisplays: {
+            // Nothing waits for it; a failure is only logged.
+            const PowerRequest request = ports_.platform.power().sleepDisplays();
+            if (!request.started) ports_.log.write("sleep displays: " + request.error);
             break;
+        }
     }
 }
 
@@ -86,8 +92,11 @@ bool AppModel::brightnessKeyPressed(bool up, bool fine) {
     if (!brightnessKeys_.get()) return false;
     const auto display = displayUnderCursor();
     // The built-in panel keeps the system's own brightness behaviour.
-    if (!display || ports_.displayServer.isBuiltin(*display)) return false;
-    stepBrightness(*display, up, fine);
+    if (!display || ports_.platform.displayServer().isBuiltin(*display)) return false;
+    // Swallowed now; a monitor still in its first scan is stepped once the scan is done.
+    ddc_->whenScanned(*display, [weak = weak_from_this(), up, fine, id = *display] {
+        if (auto self = weak.lock()) self->brightness_.step(id, up, fine);
+    });
     return true;
 }
 

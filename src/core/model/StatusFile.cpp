@@ -29,12 +29,13 @@ nlohmann::json AppModel::statusJson() const {
             {"online", d.isOnline},
             {"virtual", d.isVirtual},
             {"hidpi", hidpiOn_->contains(d.id)},
-            {"ddc", ddcAvailable_->contains(d.id)},
-            {"brightness", brightnessLevel(d.id)},
+            {"ddc", ddc_->available()->contains(d.id)},
+            {"brightness", brightness_.level(d.id)},
         };
         // A monitor in HiDPI runs in its backing display's mode.
-        const DisplayID shown = hidpi_.virtualFor(d.id).value_or(d.id);
-        if (auto mode = ports_.displays.currentMode(shown)) entry["mode"] = mode->label();
+        if (auto mode = ports_.displays.currentMode(shownDisplay(d.id))) {
+            entry["mode"] = mode->label();
+        }
         list.push_back(std::move(entry));
     }
     status["displays"] = std::move(list);

@@ -2,40 +2,52 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
-#include <string>
 #include <vector>
+
+#include "platform/Types.h"
 
 namespace lumora {
 
-// One AV service entry of the platform's device registry (on macOS a DCPAVServiceProxy;
-// on Linux an I2C bus that carries a display's DDC lines).
+// One I2C channel that may lead to a display's DDC/CI (on macOS an AV service of the display
+// pipe; on Linux an I2C bus of a display connector).
 struct AVServiceEntry {
-    std::string location;  // "External" for a monitor's link; anything else is skipped
+    // Whether it leads to an external monitor; the built-in panel's channel is skipped.
+    bool external = false;
+    // The display it belongs to, when the platform knows (Linux: the connector's output).
+    std::optional<DisplayID> display;
     std::uint64_t handle = 0;  // backend-private identity of the entry
 };
 
-// An opened I2C channel to one display. Status 0 means the transfer went through.
+// Status of a transfer: 0 means it went through.
+using I2CStatus = std::int32_t;
+inline constexpr I2CStatus kI2COK = 0;
+
+// An opened I2C channel to one display.
 class AVChannel {
-public:
+  public:
     virtual ~AVChannel() = default;
-    virtual std::int32_t readI2C(std::uint8_t chip, std::uint8_t dataAddress,
-                                 std::span<std::uint8_t> buffer) = 0;
-    virtual std::int32_t writeI2C(std::uint8_t chip, std::uint8_t dataAddress,
-                                  std::span<const std::uint8_t> bytes) = 0;
+    virtual I2CStatus readI2C(std::uint8_t chip, std::uint8_t dataAddress,
+                              std::span<std::uint8_t> buffer) = 0;
+    virtual I2CStatus writeI2C(std::uint8_t chip, std::uint8_t dataAddress,
+                               std::span<const std::uint8_t> bytes) = 0;
 };
 
-// The platform's AV services. Each entry point may be missing; a channel opened without
+// The platform's DDC/CI channels. Each entry point may be missing; a channel opened without
 // the read or write entry point answers every such call with a failure status.
+//
+// Threading: entries() and create() on the DDC queue; a channel is used by one thread at a
+// time (DDCService holds a lock for a whole exchange).
 class AVServices {
-public:
+  public:
     virtual ~AVServices() = default;
     [[nodiscard]] virtual bool canCreate() const = 0;
     [[nodiscard]] virtual bool canRead() const = 0;
     [[nodiscard]] virtual bool canWrite() const = 0;
-    // Every AV service entry of the registry, in registry order.
+    // Every channel entry, in registry order.
     [[nodiscard]] virtual std::vector<AVServiceEntry> entries() const = 0;
-    // Nothing when the service cannot be created for the entry.
+    // Nothing when the channel cannot be opened.
     virtual std::shared_ptr<AVChannel> create(const AVServiceEntry& entry) = 0;
 };
 

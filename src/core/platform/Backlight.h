@@ -9,7 +9,7 @@ namespace lumora {
 // The built-in panel's backlight. Each entry point may be missing on a given machine;
 // callers ask before they call. Levels are 0…1; a status of 0 means success.
 class Backlight {
-public:
+  public:
     virtual ~Backlight() = default;
     [[nodiscard]] virtual bool hasGet() const = 0;
     [[nodiscard]] virtual bool hasSet() const = 0;

@@ -18,7 +18,7 @@ namespace lumora {
 // (a dictionary with numbers in it, a string where a number belongs) can still be represented
 // and rejected by the reader instead of being lost by the store.
 class Defaults {
-public:
+  public:
     using Value = nlohmann::json;
     using Bytes = std::vector<std::uint8_t>;
 

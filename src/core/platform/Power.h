@@ -1,36 +1,38 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace lumora {
 
-// A child process started without waiting for it.
-class ChildProcess {
-public:
-    virtual ~ChildProcess() = default;
-    [[nodiscard]] virtual bool running() const = 0;
+// Keeps the system from idle sleep while it lives; destroying it lets the system sleep again.
+class SleepInhibition {
+  public:
+    virtual ~SleepInhibition() = default;
 };
 
-// Power management: idle-sleep assertions, user activity, and the power tool's processes.
+// The outcome of a power request: whether it was started, and if not one line naming what
+// failed and why ("/usr/bin/pmset failed: …", "logind Suspend failed: …").
+struct PowerRequest {
+    bool started = false;
+    std::string error;
+};
+
+// Power management as intents; how a platform carries them out (power assertions and the
+// power tool on macOS, logind and DPMS on Linux) is the backend's.
+//
+// Threading: main thread only.
 class Power {
-public:
-    using AssertionID = std::uint32_t;  // 0 = none
-
+  public:
     virtual ~Power() = default;
-    // type e.g. "PreventUserIdleSystemSleep"; returns 0 when refused.
-    virtual AssertionID createAssertion(const std::string& type, const std::string& name) = 0;
-    virtual void releaseAssertion(AssertionID id) = 0;
-    virtual void declareUserActivity(const std::string& name) = 0;
-
-    struct Spawned {
-        std::shared_ptr<ChildProcess> process;  // nothing on a launch error
-        std::string error;  // the launch error's description
-    };
-    // Standard output and error go to the null device.
-    virtual Spawned spawn(const std::string& path, const std::vector<std::string>& arguments) = 0;
+    // Nothing when the system refuses; the caller tries again later.
+    virtual std::unique_ptr<SleepInhibition> inhibitIdleSleep(const std::string& reason) = 0;
+    // Puts the displays to sleep. While an earlier request is still being carried out a new
+    // one does nothing and reports started: the displays are already on their way down.
+    virtual PowerRequest sleepDisplays() = 0;
+    virtual PowerRequest sleepSystem() = 0;
+    // Tells the system the user is active (wakes the displays, resets the idle timers).
+    virtual void declareUserActivity(const std::string& reason) = 0;
 };
 
 }  // namespace lumora

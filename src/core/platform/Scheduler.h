@@ -12,11 +12,11 @@ using Task = std::function<void()>;
 // Handle of a queued task or timer. Cancelling stops an item that has not started yet;
 // an item that is already running completes.
 class TaskToken {
-public:
+  public:
     void cancel() { cancelled_.store(true, std::memory_order_release); }
     [[nodiscard]] bool cancelled() const { return cancelled_.load(std::memory_order_acquire); }
 
-private:
+  private:
     std::atomic<bool> cancelled_{false};
 };
 using TaskHandle = std::shared_ptr<TaskToken>;
@@ -24,14 +24,14 @@ using TaskHandle = std::shared_ptr<TaskToken>;
 // Something that can wait. DDC/CI exchanges wait between packets; in tests the wait is
 // virtual and only moves the clock.
 class Sleeper {
-public:
+  public:
     virtual ~Sleeper() = default;
     virtual void sleep(double seconds) = 0;
 };
 
 // A serial queue: items run one at a time, in order of their due time, then of submission.
 class WorkQueue {
-public:
+  public:
     virtual ~WorkQueue() = default;
     virtual TaskHandle post(Task task) = 0;
     virtual TaskHandle postAfter(double seconds, Task task) = 0;
@@ -40,7 +40,7 @@ public:
 // Time and threads. Production: the main queue is the UI event loop and every serial queue
 // is a worker thread. Tests: a virtual clock that runs due items on the calling thread.
 class Scheduler : public Sleeper {
-public:
+  public:
     // Monotonic seconds since boot.
     [[nodiscard]] virtual double uptime() const = 0;
     virtual WorkQueue& mainQueue() = 0;

@@ -26,13 +26,13 @@ struct VirtualDisplayDescriptor {
 
 // A live virtual display; destroying the handle removes the display from the system.
 class VirtualDisplayHandle {
-public:
+  public:
     virtual ~VirtualDisplayHandle() = default;
     [[nodiscard]] virtual DisplayID displayID() const = 0;
 };
 
 class VirtualDisplays {
-public:
+  public:
     virtual ~VirtualDisplays() = default;
     [[nodiscard]] virtual bool available() const = 0;
     // Nothing when the facility is missing or the system refuses the descriptor.

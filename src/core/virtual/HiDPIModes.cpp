@@ -23,8 +23,7 @@ double evenPoints(double side, double factor) {
 }  // namespace
 
 std::string HiDPI::key(const DisplayServer& server, DisplayID id) {
-    return std::to_string(server.vendor(id)) + "-" + std::to_string(server.model(id)) + "-" +
-           std::to_string(server.serial(id));
+    return server.persistentKey(id);
 }
 
 std::optional<HiDPI::PixelSize> HiDPI::nativeSize(const DisplayServer& server, DisplayID id) {

@@ -9,8 +9,8 @@
 #include "RuntimeTestSupport.h"
 #include "log/Log.h"
 #include "runtime/QtScheduler.h"
-#include "runtime/WorldWatcher.h"
 #include "sim/SimMachine.h"
+#include "sim/agent/WorldWatcher.h"
 #include "support/TestSupport.h"
 
 namespace lumora::app {
@@ -30,7 +30,7 @@ class WorldWatcherTest : public test::QtAppTest {
     WorldWatcherTest() {
         test::writeFile(worldFile, worldText.dump(2));
         machine.displayServer().addReconfigurationHandler(
-            [this](DisplayID id, std::uint32_t flags) {
+            [this](DisplayID id, DisplayChange flags) {
                 std::lock_guard lock(mutex);
                 events.emplace_back(id, flags);
             });
@@ -42,7 +42,7 @@ class WorldWatcherTest : public test::QtAppTest {
         fs::rename(dir / "world.json.tmp", worldFile);
     }
 
-    [[nodiscard]] bool sawEvent(DisplayID id, std::uint32_t flags) {
+    [[nodiscard]] bool sawEvent(DisplayID id, DisplayChange flags) {
         std::lock_guard lock(mutex);
         for (const auto& [eventId, eventFlags] : events) {
             if (eventId == id && eventFlags == flags) return true;
@@ -75,11 +75,11 @@ class WorldWatcherTest : public test::QtAppTest {
     sim::SimMachine machine{world, scheduler};
     Log log{Log::Options{dir / "Lumora.log", test::fixedLocalTime, nullptr}};
     std::mutex mutex;
-    std::vector<std::pair<DisplayID, std::uint32_t>> events;
+    std::vector<std::pair<DisplayID, DisplayChange>> events;
 };
 
 TEST_F(WorldWatcherTest, AnEditedWorldFileIsAHardwareChange) {
-    WorldWatcher watcher(worldFile, world, machine, log);
+    sim::WorldWatcher watcher(worldFile, world, machine, log);
     ASSERT_TRUE(online(2));
 
     json next = worldText;
@@ -87,8 +87,7 @@ TEST_F(WorldWatcherTest, AnEditedWorldFileIsAHardwareChange) {
     next["cursor"] = json::array({100, 200});
     save(next.dump(2));
 
-    ASSERT_TRUE(spinUntil([&] { return sawEvent(2, kReconfigRemove); }));
-    EXPECT_TRUE(sawEvent(2, kReconfigBegin));
+    ASSERT_TRUE(spinUntil([&] { return sawEvent(2, DisplayChange::removed); }));
     EXPECT_FALSE(online(2));
     EXPECT_EQ(machine.displayServer().pointerLocation(), (Point{100, 200}));
 
@@ -98,7 +97,7 @@ TEST_F(WorldWatcherTest, AnEditedWorldFileIsAHardwareChange) {
         events.clear();
     }
     save(worldText.dump(2));
-    ASSERT_TRUE(spinUntil([&] { return sawEvent(2, kReconfigAdd); }));
+    ASSERT_TRUE(spinUntil([&] { return sawEvent(2, DisplayChange::added); }));
     EXPECT_TRUE(online(2));
 
     // Written in place rather than replaced.
@@ -112,7 +111,7 @@ TEST_F(WorldWatcherTest, AnEditedWorldFileIsAHardwareChange) {
 }
 
 TEST_F(WorldWatcherTest, ABrokenWorldFileIsLoggedOnceAndTheMachineStaysAsItWas) {
-    WorldWatcher watcher(worldFile, world, machine, log);
+    sim::WorldWatcher watcher(worldFile, world, machine, log);
     const json before = machine.state();
 
     save("{ \"displays\": [ {");
@@ -121,7 +120,7 @@ TEST_F(WorldWatcherTest, ABrokenWorldFileIsLoggedOnceAndTheMachineStaysAsItWas) 
     ASSERT_TRUE(spinUntil([&] { return !ignoredLines().empty(); }));
     // Saved again, still broken the same way: no second line.
     save("{ \"displays\": [ {");
-    spinFor(std::chrono::milliseconds(WorldWatcher::kSettleMilliseconds * 4));
+    spinFor(std::chrono::milliseconds(sim::WorldWatcher::kSettleMilliseconds * 4));
     EXPECT_EQ(ignoredLines(), std::vector<std::string>{std::string(test::kFixedStamp) +
                                                        " sim: world file ignored: " + error});
     EXPECT_EQ(machine.state(), before);
@@ -133,7 +132,7 @@ TEST_F(WorldWatcherTest, ABrokenWorldFileIsLoggedOnceAndTheMachineStaysAsItWas) 
     json next = worldText;
     next["displays"][2]["online"] = false;
     save(next.dump());
-    ASSERT_TRUE(spinUntil([&] { return sawEvent(3, kReconfigRemove); }));
+    ASSERT_TRUE(spinUntil([&] { return sawEvent(3, DisplayChange::removed); }));
     EXPECT_FALSE(online(3));
     EXPECT_TRUE(online(2));
 }

@@ -111,9 +111,9 @@ TEST_F(DisplayCardTest, BuiltinSliderSetsTheBacklight) {
 TEST_F(DisplayCardTest, DdcSlidersCacheAtOnceAndReachTheMonitorAfterTheDebounce) {
     card(2).brightnessRow()->slider()->setValue(700);
     EXPECT_DOUBLE_EQ(model->ddcValues()->at(2).at(0x10), 0.7);
-    clock.advance(AppModel::kDdcDebounce / 2);
+    clock.advance(DdcControl::kDebounce / 2);
     EXPECT_EQ(wireVcp(2, "0x10"), 50);
-    clock.advance(AppModel::kDdcDebounce);
+    clock.advance(DdcControl::kDebounce);
     EXPECT_EQ(wireVcp(2, "0x10"), 70);
 
     card(2).contrastRow()->slider()->setValue(400);
@@ -137,18 +137,18 @@ TEST_F(DisplayCardTest, SoftwareSliderDimsButNeverBelowTheFloor) {
 
 TEST_F(DisplayCardTest, ModelChangesMoveControlsInPlaceButNotADraggedSlider) {
     ui::DisplayCard* before = panel().card(2);
-    model->setDDC(2, VCP::brightness, 0.25, 100);
+    model->ddc().set(2, VCP::brightness, 0.25, 100);
     settle();
     EXPECT_EQ(panel().card(2), before);
     EXPECT_EQ(before->brightnessRow()->slider()->value(), 250);
 
     QSlider* slider = before->brightnessRow()->slider();
     slider->setSliderDown(true);
-    model->setDDC(2, VCP::brightness, 0.9, 100);
+    model->ddc().set(2, VCP::brightness, 0.9, 100);
     settle();
     EXPECT_EQ(slider->value(), 250);
     slider->setSliderDown(false);
-    model->setDDC(2, VCP::brightness, 0.8, 100);
+    model->ddc().set(2, VCP::brightness, 0.8, 100);
     settle();
     EXPECT_EQ(slider->value(), 800);
     EXPECT_EQ(panel().card(2), before);

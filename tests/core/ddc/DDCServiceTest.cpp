@@ -65,7 +65,7 @@ class DDCServiceTest : public ::testing::Test {
 
     sim::VirtualScheduler clock{kStart};
     test::FakeAVServices av{[this] { return clock.uptime(); }};
-    std::shared_ptr<test::ScriptedChannel> channel = av.add("External");
+    std::shared_ptr<test::ScriptedChannel> channel = av.add(true);
 };
 
 TEST_F(DDCServiceTest, WriteSendsThePacketTwiceTenMillisecondsApart) {
@@ -181,7 +181,7 @@ class YieldingSleeper final : public Sleeper {
 TEST(DDCServiceThreads, TwoThreadsNeverInterleaveTheirPackets) {
     YieldingSleeper sleeper;
     test::FakeAVServices av{[] { return 0.0; }};
-    auto channel = av.add("External");
+    auto channel = av.add(true);
     channel->reply = reply(0x10, 0, 50);
     auto service = DDCService::open(av, av.entries().front(), sleeper);
     channel->clear();

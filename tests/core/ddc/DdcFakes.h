@@ -107,9 +107,10 @@ class FakeAVServices final : public AVServices {
     explicit FakeAVServices(std::function<double()> clock) : clock_(std::move(clock)) {}
 
     // A new entry at the end of the registry; its channel, which creating may not reach.
-    std::shared_ptr<ScriptedChannel> add(std::string location, bool creatable = true) {
+    std::shared_ptr<ScriptedChannel> add(bool external, bool creatable = true,
+                                         std::optional<DisplayID> display = std::nullopt) {
         const std::uint64_t handle = entries_.size() + 1;
-        entries_.push_back({std::move(location), handle});
+        entries_.push_back({external, display, handle});
         auto channel = std::make_shared<ScriptedChannel>(clock_);
         if (creatable) channels_[handle] = channel;
         return channel;

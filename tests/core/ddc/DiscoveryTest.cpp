@@ -3,7 +3,6 @@
 #include "DdcFakes.h"
 #include "ddc/DDC.h"
 #include "sim/SimDdcMonitor.h"
-#include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 
 namespace lumora {
@@ -19,23 +18,14 @@ constexpr Ids kDellA{0x10AC, 0xA0B1, 111}, kDellB{0x10AC, 0xA0B1, 222};
 constexpr Ids kLG{0x1E6D, 0x5B08, 9};
 constexpr Ids kPanel{0x0610, 0xA0C8, 0};
 
-// The displays as the simulated display server reports them.
-sim::World displaysWith(const std::vector<std::pair<DisplayID, Ids>>& displays) {
-    sim::World world;
-    for (const auto& [id, ids] : displays) {
-        auto& d = world.displays.emplace_back();
-        std::tie(d.id, d.vendor, d.model, d.serial) =
-            std::tuple(id, ids.vendor, ids.model, ids.serial);
-    }
-    return world;
-}
-
 TEST(Discovery, PairsByEdidThenHandsTheRestOutInRegistryOrder) {
     struct Entry {
-        const char* location;
+        bool external;
         std::optional<Ids> edid;  // nothing: the EDID cannot be read
         bool creatable = true;
+        std::optional<DisplayID> display = std::nullopt;  // the platform names the display
     };
+    constexpr bool kExternal = true;
     struct Case {
         const char* what;
         std::vector<Entry> registry;
@@ -45,47 +35,48 @@ TEST(Discovery, PairsByEdidThenHandsTheRestOutInRegistryOrder) {
     const Ids dellNoSerial{0x10AC, 0xA0B1, 0};
     const Case cases[] = {
         {"identical monitors with distinct serials each get their own",
-         {{"External", kDellB}, {"External", kDellA}},
+         {{kExternal, kDellB}, {kExternal, kDellA}},
          {{10, kDellA}, {11, kDellB}},
          {{10, 2}, {11, 1}}},
         {"display serial 0 matches any serial, identical monitors in registry order",
-         {{"External", kLG}, {"External", kDellB}, {"External", kDellA}},
+         {{kExternal, kLG}, {kExternal, kDellB}, {kExternal, kDellA}},
          {{11, dellNoSerial}, {10, dellNoSerial}},
          {{11, 2}, {10, 3}}},
         {"a serial no channel has falls back to the first of the model",
-         {{"External", kDellA}, {"External", kDellB}},
+         {{kExternal, kDellA}, {kExternal, kDellB}},
          {{10, {0x10AC, 0xA0B1, 999}}, {11, kDellA}},
          {{10, 1}, {11, 2}}},
-        {"non-External entries are never opened, nor are entries that cannot be created",
-         {{"Embedded", kPanel},
-          {"external", kPanel},
-          {"", kPanel},
-          {"External", kLG, false},
-          {"External", kDellA}},
+        {"the built-in panel's channel is never opened, nor are entries that cannot be created",
+         {{false, kPanel}, {kExternal, kLG, false}, {kExternal, kDellA}},
          {{1, kPanel}, {2, kLG}, {3, kDellA}},
-         {{3, 5}}},
+         {{3, 3}}},
+        {"a channel that names its display goes to it and is never guessed for another",
+         {{kExternal, kDellA, true, 11},
+          {kExternal, std::nullopt, true, 42},
+          {kExternal, std::nullopt}},
+         {{10, kDellA}, {11, kLG}, {12, kPanel}},
+         {{11, 1}, {10, 3}}},
         {"unreadable EDIDs go to the unpaired displays in registry order",
-         {{"External", std::nullopt}, {"External", kDellA}, {"External", std::nullopt}},
+         {{kExternal, std::nullopt}, {kExternal, kDellA}, {kExternal, std::nullopt}},
          {{10, kLG}, {11, kDellA}, {12, kPanel}, {13, kDellB}},
          {{10, 1}, {11, 2}, {12, 3}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         sim::VirtualScheduler clock;
-        sim::SimMachine machine(displaysWith(c.asked), clock);
         test::FakeAVServices av{[&clock] { return clock.uptime(); }};
         std::vector<std::shared_ptr<test::ScriptedChannel>> channels;
-        for (const auto& [location, edid, creatable] : c.registry) {
-            channels.push_back(av.add(location, creatable));
+        for (const auto& [external, edid, creatable, display] : c.registry) {
+            channels.push_back(av.add(external, creatable, display));
             if (!edid) continue;
             const auto bytes = sim::makeEdid(edid->vendor, edid->model, edid->serial);
             channels.back()->edid = test::Bytes(bytes.begin(), bytes.end());
         }
-        std::vector<DisplayID> asked;
-        for (const auto& display : c.asked)
-            asked.push_back(display.first);
+        std::vector<DDC::Target> asked;
+        for (const auto& [id, ids] : c.asked)
+            asked.push_back({id, ids.vendor, ids.model, ids.serial});
         Pairs paired;
-        for (const auto& [id, service] : DDC::services(av, machine.displayServer(), clock, asked)) {
+        for (const auto& [id, service] : DDC::services(av, clock, asked)) {
             for (auto& channel : channels)
                 channel->clear();
             service->write(0x10, 1);  // which channel it is shows on the wire

@@ -68,7 +68,8 @@ TEST_F(SimDdcMonitorTest, SetVcpAppliesAndPacketsWithABadChecksumAreIgnored) {
 std::map<DisplayID, std::shared_ptr<DDCService>> discover(sim::SimMachine& machine,
                                                           sim::VirtualScheduler& scheduler,
                                                           const std::vector<DisplayID>& ids) {
-    return DDC::services(machine.avServices(), machine.displayServer(), scheduler, ids);
+    return DDC::services(machine.avServices(), scheduler,
+                         DDC::targets(machine.displayServer(), ids));
 }
 
 TEST(SimMachineDdc, DiscoveryFindsTheOfficeMonitorAndReadsAndSetsIt) {

@@ -39,8 +39,9 @@ TEST(GammaTable, WorkedValuesForEachControl) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        const auto table = Gamma::table(c.adjust);
-        for (std::size_t i = 0; i < kGammaTableSize; ++i) {
+        GammaCurve table;
+        Gamma::fill(c.adjust, table);
+        for (std::size_t i = 0; i < kGammaCurvePoints; ++i) {
             const double x = static_cast<double>(i) / 255.0;
             ASSERT_NEAR(table.red[i], c.red(x), 1e-6) << i;
             ASSERT_NEAR(table.green[i], c.green(x), 1e-6) << i;
@@ -56,8 +57,9 @@ TEST(GammaTable, ExtremeSettingsStayInsideZeroToOne) {
          {ColorAdjust{3, 1, 0, 1, 1, 1, 1}, ColorAdjust{1, 1, 0, -2, 1, 1, 1},
           ColorAdjust{1, 0, 0, 1, 1, 1, -1}, ColorAdjust{1, 50, 5, 1, 1, 1, 0.001},
           ColorAdjust{1, -3, -7, 1, 1, 1, 1e300}}) {
-        const auto table = Gamma::table(adjust);
-        for (std::size_t i = 0; i < kGammaTableSize; ++i) {
+        GammaCurve table;
+        Gamma::fill(adjust, table);
+        for (std::size_t i = 0; i < kGammaCurvePoints; ++i) {
             for (float v : {table.red[i], table.green[i], table.blue[i]})
                 ASSERT_TRUE(v >= 0.0f && v <= 1.0f) << "entry " << i << " is " << v;
         }
@@ -91,20 +93,41 @@ TEST(ColorAdjustJson, RoundTripsAndRejectsAnythingIncomplete) {
 
 using GammaTest = test::DisplayScenario;
 
-TEST_F(GammaTest, RestoresProfilesFirstAndSkipsIdentityAdjustments) {
+// The 256-point curve reaches displays whose ramps have another size resampled, ends kept.
+TEST(GammaRamps, ResampledToTheDisplaysRampSize) {
+    GammaCurve curve;
+    Gamma::fill(with(&ColorAdjust::gamma, 2), curve);  // x squared
+    for (std::size_t size : {2u, 3u, 1024u}) {
+        const GammaRamps ramps = Gamma::resample(curve, size);
+        ASSERT_EQ(ramps.green.size(), size);
+        EXPECT_EQ(ramps.red.front(), 0.0f);
+        EXPECT_FLOAT_EQ(ramps.blue.back(), 1.0f);
+        const std::size_t mid = (size - 1) / 2;
+        const double x = static_cast<double>(mid) / static_cast<double>(size - 1);
+        EXPECT_NEAR(ramps.green[mid], x * x, 2e-5) << size;
+    }
+    EXPECT_TRUE(Gamma::resample(curve, 0).red.empty());
+}
+
+TEST_F(GammaTest, LoadsAdjustedDisplaysAndGivesTheOthersTheirOwnColourBack) {
     startFixture();
     Gamma gamma(*server);
     const ColorAdjust dimmed = with(&ColorAdjust::dim, 0.5);
     const ColorAdjust warm = with(&ColorAdjust::temperature, 1);
+    auto ramps = [](const ColorAdjust& adjust) {
+        GammaCurve curve;
+        Gamma::fill(adjust, curve);
+        return Gamma::resample(curve, 256);
+    };
     gamma.applyAll({{2, dimmed}, {9, warm}});
-    EXPECT_EQ(machine->gamma(2)->green, Gamma::table(dimmed).green);
-    EXPECT_EQ(machine->gamma(9)->blue, Gamma::table(warm).blue);
+    EXPECT_EQ(machine->gamma(2)->green, ramps(dimmed).green);
+    EXPECT_EQ(machine->gamma(9)->blue, ramps(warm).blue);
     EXPECT_EQ(machine->gamma(5), std::nullopt);
 
-    // 9 back to the identity: it shows its profile again. An unknown display is harmless.
+    // 9 back to the identity: it shows its own colour again. An unknown display is harmless.
     gamma.applyAll({{2, dimmed}, {9, ColorAdjust{}}, {5, warm}, {77, warm}});
     EXPECT_EQ(machine->gamma(9), std::nullopt);
-    EXPECT_EQ(machine->gamma(5)->red, Gamma::table(warm).red);
+    EXPECT_EQ(machine->gamma(5)->red, ramps(warm).red);
     gamma.resetAll();
     for (DisplayID id : {2u, 5u, 9u})
         EXPECT_EQ(machine->gamma(id), std::nullopt) << id;

@@ -10,7 +10,7 @@
 
 #include "display/Displays.h"
 #include "log/Log.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
@@ -56,6 +56,10 @@ class FaultyServer final : public ForwardingDisplayServer {
         ConfigStatus setOrigin(DisplayID id, std::int32_t x, std::int32_t y) override {
             note("origin", id, std::to_string(x) + " " + std::to_string(y));
             return inner_->setOrigin(id, x, y);
+        }
+        ConfigStatus setMain(DisplayID id) override {
+            note("main", id, "");
+            return inner_->setMain(id);
         }
         ConfigStatus setMirror(DisplayID id, DisplayID target) override {
             note("mirror", id, std::to_string(target));
@@ -126,7 +130,7 @@ class DisplayScenario : public ::testing::Test {
     TempDir dir;
     Log log{Log::Options{dir / "Lumora.log", fixedLocalTime, {}}};
     sim::VirtualScheduler scheduler;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     std::unique_ptr<sim::SimMachine> machine;
     std::unique_ptr<FaultyServer> server;
     std::unique_ptr<Displays> displays;

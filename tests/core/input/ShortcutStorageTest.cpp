@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "input/ShortcutMap.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 
 namespace lumora {
 namespace {
@@ -70,7 +70,7 @@ TEST(ShortcutStore, AbsentOrUndecodableDataGivesTheDefaults) {
                                {A::dimToBlack, {11, 0x1900, "⌃⌥⌘B"}},
                                {A::toggleHiDPI, {4, 0x1900, "⌃⌥⌘H"}}};
     EXPECT_EQ(defaultShortcuts(), defaults);
-    sim::MemoryDefaults d;
+    MemoryDefaults d;
     EXPECT_EQ(loadShortcuts(d), defaults);
     const std::string corrupt[] = {
         "not json",
@@ -92,7 +92,7 @@ TEST(ShortcutStore, AbsentOrUndecodableDataGivesTheDefaults) {
 }
 
 TEST(ShortcutStore, StoredMapWinsUnknownNamesDroppedEmptyMeansNone) {
-    sim::MemoryDefaults d;
+    MemoryDefaults d;
     store(d, "{}");
     EXPECT_EQ(loadShortcuts(d), ShortcutMap{});
     store(d, std::string(R"({"futureAction":)") + kUp + R"(,"sleepDisplays":)" + kUp + "}");
@@ -100,7 +100,7 @@ TEST(ShortcutStore, StoredMapWinsUnknownNamesDroppedEmptyMeansNone) {
 }
 
 TEST(ShortcutStore, SaveWritesCompactJsonInActionOrderAndRoundTrips) {
-    sim::MemoryDefaults d;
+    MemoryDefaults d;
     ShortcutMap map = defaultShortcuts();
     map.erase(A::dimToBlack);  // what Delete while recording leaves behind
     map[A::sleepDisplays] = {1, 0x300, "⇧⌘S"};
@@ -116,7 +116,7 @@ TEST(ShortcutStore, SaveWritesCompactJsonInActionOrderAndRoundTrips) {
 }
 
 TEST(ShortcutStore, MapThatCannotBeEncodedRemovesTheKey) {
-    sim::MemoryDefaults d;
+    MemoryDefaults d;
     saveShortcuts(d, defaultShortcuts());
     ASSERT_TRUE(d.contains(kShortcutsKey));
     saveShortcuts(d, {{A::toggleBuiltin, {1, 0x100, "⌘\xC3"}}});  // label cut inside a character

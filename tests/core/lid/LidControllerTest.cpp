@@ -10,7 +10,7 @@
 #include "display/Displays.h"
 #include "lid/LidController.h"
 #include "log/Log.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "support/TestSupport.h"
@@ -40,36 +40,33 @@ std::string startLine(const std::string& facts) {
 }
 
 // A sensor whose every answer the test scripts, for what the simulated one never does: an
-// open that fails with a status, foreign elements, a device that does not answer.
+// open that fails with a status, a lid that only has a switch, a device that does not answer.
 class ScriptedSensor final : public LidSensor {
   public:
     std::optional<std::int32_t> openStatus = 0;
-    std::vector<HidElement> list;
-    std::map<std::pair<std::uint64_t, bool>, std::int64_t> values;  // (handle, askDevice)
-    std::vector<std::pair<std::uint64_t, bool>> reads;
-    ValueHandler onValue;
+    std::map<bool, LidReading> readings;  // by `fresh`
+    std::vector<bool> reads;
+    ChangeHandler onChange;
 
-    std::optional<std::int32_t> open(ValueHandler handler) override {
-        onValue = std::move(handler);
+    std::optional<std::int32_t> open(ChangeHandler handler) override {
+        onChange = std::move(handler);
         return openStatus;
     }
-    std::vector<HidElement> elements() const override { return list; }
-    std::optional<std::int64_t> getValue(const HidElement& element, bool askDevice) override {
-        reads.emplace_back(element.handle, askDevice);
-        auto it = values.find({element.handle, askDevice});
-        return it == values.end() ? std::nullopt : std::optional(it->second);
+    LidReading read(bool fresh) override {
+        reads.push_back(fresh);
+        return readings[fresh];
     }
 };
 
-// A machine whose power tool is missing: no child process can be launched.
+// A machine whose power requests all fail.
 class NoPowerTool final : public Power {
   public:
-    AssertionID createAssertion(const std::string&, const std::string&) override { return 0; }
-    void releaseAssertion(AssertionID) override {}
-    void declareUserActivity(const std::string&) override {}
-    Spawned spawn(const std::string&, const std::vector<std::string>&) override {
-        return {nullptr, "no such file"};
+    std::unique_ptr<SleepInhibition> inhibitIdleSleep(const std::string&) override {
+        return nullptr;
     }
+    PowerRequest sleepDisplays() override { return {false, "/usr/bin/pmset failed: no such file"}; }
+    PowerRequest sleepSystem() override { return {false, "/usr/bin/pmset failed: no such file"}; }
+    void declareUserActivity(const std::string&) override {}
 };
 
 // One machine, its defaults and log, and the controller under test. Time starts at 1000.
@@ -109,7 +106,7 @@ struct Rig {
     test::TempDir dir;
     Log log{Log::Options{dir / "Lumora.log", test::fixedLocalTime, nullptr}};
     sim::VirtualScheduler scheduler;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     sim::SimMachine machine;
     Displays displays;
     std::shared_ptr<LidController> lid;
@@ -249,7 +246,7 @@ TEST(LidController, WithoutASensorTheLidCountsAsOpen) {
                      "lid: mode unknown -> open (angle ?, external 0)"}));
 }
 
-TEST(LidController, OpenFailureForeignElementsAndASilentDevice) {
+TEST(LidController, OpenFailureASilentDeviceAndALidSwitch) {
     ScriptedSensor sensor;
     sensor.openStatus = static_cast<std::int32_t>(0xE00002C5);
     Rig failed(laptop(), &sensor);
@@ -259,22 +256,28 @@ TEST(LidController, OpenFailureForeignElementsAndASilentDevice) {
                      startLine("angle none, external 0, built-in online, sensor ok"),
                      "lid: mode unknown -> open (angle ?, external 0)"}));
 
-    // Only the angle element counts, in reads and in reported values. A device that does not
-    // answer gives the value last received.
+    // A failed read keeps the last angle; reported readings count at once.
     sensor.openStatus = 0;
-    sensor.list = {{kHidSensorPage, kHidLidAngleUsage, 7},
-                   {kHidSensorPage, 0x201, 8},
-                   {0x01, kHidLidAngleUsage, 9}};
-    sensor.values = {{{7, false}, 95}, {{8, true}, 1}, {{9, true}, 2}};
+    sensor.readings = {{true, LidReading{95, std::nullopt}}};
     Rig rig(laptop(), &sensor);
     rig.lid->start();
     EXPECT_EQ(rig.lid->angle(), 95);
-    EXPECT_EQ(sensor.reads, (std::vector<std::pair<std::uint64_t, bool>>{{7, true}, {7, false}}));
-    sensor.onValue(kHidSensorPage, 0x201, 3);
-    sensor.onValue(0x01, kHidLidAngleUsage, 3);
+    sensor.readings = {};
+    rig.scheduler.advance(5.0);
     EXPECT_EQ(rig.lid->angle(), 95);
-    sensor.onValue(kHidSensorPage, kHidLidAngleUsage, 42);
+    sensor.onChange(LidReading{42, std::nullopt});
     EXPECT_EQ(rig.lid->angle(), 42);
+
+    // A lid that only has a switch: closed is fed to the machine, no angle is reported.
+    ScriptedSensor lidSwitch;
+    lidSwitch.readings = {{true, LidReading{std::nullopt, false}}};
+    Rig switched(laptop(), &lidSwitch);
+    switched.lid->start();
+    EXPECT_EQ(switched.lid->machine().mode(), LidMode::open);
+    lidSwitch.onChange(LidReading{std::nullopt, true});
+    switched.scheduler.advance(2.0);
+    EXPECT_EQ(switched.lid->machine().mode(), LidMode::closedAlone);
+    EXPECT_EQ(switched.lid->angle(), std::nullopt);
 }
 
 TEST(LidController, EveryFifthTickPollsTheSensorForUnreportedChanges) {

@@ -35,7 +35,7 @@ TEST_F(Commands, BrightnessOnTheDdcMonitorIsCachedAtOnceAndWrittenAfterTheDeboun
     EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 50);
     EXPECT_EQ(machine->osd().shown(), (std::vector<SimOsd::Shown>{{2, 0.7, "sun.max.fill", {}}}));
 
-    clock.advance(AppModel::kDdcDebounce - 0.001);
+    clock.advance(DdcControl::kDebounce - 0.001);
     EXPECT_TRUE(machine->wire().empty());
     clock.advance(0.002);
     const auto wire = machine->wire();
@@ -224,6 +224,77 @@ TEST_F(Commands, LogLineStaysOneLineAndUrlsWithoutHostAreDropped) {
     model->handleURL("lumora://?value=1");
     EXPECT_EQ(logged().size(), lines.size());
     EXPECT_FALSE(std::filesystem::exists(session.statusFile()));
+}
+
+TEST_F(Commands, EachCommandTellsItsSenderWhatBecameOfIt) {
+    struct Case {
+        const char* url;
+        CommandResult expected;
+    };
+    const Case cases[] = {
+        {"lumora://brightness?display=2&value=70", CommandResult::done()},
+        {"lumora://brightness?display=tv&value=70",
+         CommandResult::nothing("display not found: tv")},
+        {"lumora://brightness?display=2&value=abc",
+         CommandResult::nothing("brightness needs a value (0-100 or 0-1)")},
+        {"lumora://mode?display=2&width=1&height=1", CommandResult::nothing("no mode matches 1x1")},
+        {"lumora://ddc?display=3&vcp=10&value=1",
+         CommandResult::nothing("display 3 has no DDC/CI channel")},
+        {"lumora://frobnicate", CommandResult::nothing("unknown command: frobnicate")},
+        {"not a url", CommandResult::nothing("not a lumora:// URL")},
+        {"lumora://status", CommandResult::done()},
+    };
+    for (const auto& c : cases) {
+        std::optional<CommandResult> result;
+        model->handleURL(c.url, [&](const CommandResult& r) { result = r; });
+        EXPECT_EQ(result, c.expected) << c.url;
+    }
+    EXPECT_EQ(CommandDispatcher::commands().size(), 13u);
+}
+
+// A command that comes while the monitors' first DDC scan runs waits for it: otherwise the
+// monitor would be dimmed in software only because the command came early.
+TEST_F(Commands, CommandsDuringTheFirstDdcScanWaitForIt) {
+    auto early = [&](const std::string& url) {
+        std::optional<CommandResult> result;
+        model->handleURL(url, [&](const CommandResult& r) { result = r; });
+        return result;
+    };
+    for (bool plugged : {false, true}) {
+        SCOPED_TRACE(plugged ? "a monitor plugged in" : "right after start");
+        if (plugged) {
+            sim::World world = fixtureWorld("laptopAndExternal.json");
+            world.displays[1].online = false;
+            boot(world);
+            model->start();
+            clock.advance(kSettle);
+            machine->setOnline(2, true);  // the command comes before the event is handled
+        } else {
+            boot(fixtureWorld("laptopAndExternal.json"));
+            model->start();
+        }
+        EXPECT_EQ(early("lumora://brightness?display=office&value=70"), std::nullopt);
+        clock.advance(kSettle);
+        EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 70);
+        EXPECT_EQ(stateOf(2)["gamma"], "identity");
+        EXPECT_EQ(statusOf(2)["ddc"], true);
+        EXPECT_EQ(early("lumora://status"), CommandResult::done());  // nothing to wait for now
+    }
+}
+
+TEST_F(Commands, AControlTheMachineLacksIsOneLogLine) {
+    sim::World world = fixtureWorld("laptopAndExternal.json");
+    world.disconnect = false;
+    boot(world);
+    model->start();
+    std::optional<CommandResult> result;
+    model->handleURL("lumora://disconnect?display=3", [&](const CommandResult& r) { result = r; });
+    EXPECT_EQ(result, CommandResult::nothing("switching displays off and on is not available on "
+                                             "this machine"));
+    EXPECT_TRUE(
+        wasLogged("url: disconnect: switching displays off and on is not available on "
+                  "this machine"));
+    EXPECT_EQ(stateOf(3)["enabled"], true);
 }
 
 }  // namespace

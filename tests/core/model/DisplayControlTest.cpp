@@ -39,10 +39,10 @@ TEST_F(DisplayControl, RescanCountsChannelsAndAnsweringMonitorsSeparately) {
     EXPECT_EQ(model->ddcValues()->at(4),
               (std::map<std::uint8_t, double>{{0x10, 0.5}, {0x12, 0.75}, {0x62, 0.3}}));
     // The silent monitor falls back to software dimming, which never reaches black.
-    EXPECT_EQ(model->brightnessLevel(2), 1.0);
-    model->setBrightness(2, 0.0);
-    EXPECT_EQ(model->color()->at(2).dim, AppModel::kSoftwareDimFloor);
-    EXPECT_EQ(model->brightnessLevel(2), 0.02);
+    EXPECT_EQ(model->brightness().level(2), 1.0);
+    model->brightness().set(2, 0.0);
+    EXPECT_EQ(model->color()->at(2).dim, BrightnessControl::kSoftwareDimFloor);
+    EXPECT_EQ(model->brightness().level(2), 0.02);
 }
 
 TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
@@ -53,7 +53,7 @@ TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
     for (int burst : {4, 4, 3, 3, 3, 3}) {
         for (int i = 0; i < burst; ++i, ++index) {
             const double level = (30 + index) / 100.0;
-            model->setBrightness(2, level);
+            model->brightness().set(2, level);
             EXPECT_EQ(model->ddcValues()->at(2).at(0x10), level);  // the cache follows at once
             if (i + 1 < burst) clock.advance(0.005);
         }
@@ -66,7 +66,7 @@ TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
     // An even drag never pauses for 80 ms: one write, when it ends.
     machine->clearWire();
     for (int i = 0; i < 20; ++i) {
-        model->setBrightness(2, (60 + i) / 100.0);
+        model->brightness().set(2, (60 + i) / 100.0);
         clock.advance(0.025);
     }
     clock.advance(1.0);
@@ -76,12 +76,12 @@ TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
 TEST_F(DisplayControl, EachDisplayAndControlHasItsOwnDebounce) {
     start("twinMonitors.json");
     machine->clearWire();
-    model->setBrightness(2, 0.2);
+    model->brightness().set(2, 0.2);
     clock.advance(0.04);
-    model->setBrightness(3, 0.3);
-    model->setDDC(2, VCP::contrast, 0.6, 100);
+    model->brightness().set(3, 0.3);
+    model->ddc().set(2, VCP::contrast, 0.6, 100);
     clock.advance(0.02);
-    model->setBrightness(2, 0.25);  // replaces only display 2's brightness write
+    model->brightness().set(2, 0.25);  // replaces only display 2's brightness write
     clock.advance(0.5);
     EXPECT_EQ(brightnessWrites(), (std::vector<std::pair<DisplayID, int>>{{3, 30}, {2, 25}}));
     EXPECT_EQ(brightnessWrites(0x12), (std::vector<std::pair<DisplayID, int>>{{2, 60}}));
@@ -90,9 +90,9 @@ TEST_F(DisplayControl, EachDisplayAndControlHasItsOwnDebounce) {
 TEST_F(DisplayControl, StepsSnapToTheGridAndClampOnEveryPath) {
     start("laptopAndExternal.json");
     const auto stepFrom = [&](double level, bool up, bool fine) {
-        model->setBrightness(2, level);
-        model->stepBrightness(2, up, fine);
-        return model->brightnessLevel(2);
+        model->brightness().set(2, level);
+        model->brightness().step(2, up, fine);
+        return model->brightness().level(2);
     };
     EXPECT_EQ(stepFrom(0.97, true, false), 1.0);
     EXPECT_EQ(stepFrom(0.01, false, false), 0.0);
@@ -109,9 +109,9 @@ TEST_F(DisplayControl, StepsSnapToTheGridAndClampOnEveryPath) {
 
     // The software path keeps its floor; the on-screen display shows the step's level.
     machine->osd().clear();
-    model->setBrightness(3, 0.03);
-    model->stepBrightness(3, false, false);
-    EXPECT_EQ(model->brightnessLevel(3), 0.02);
+    model->brightness().set(3, 0.03);
+    model->brightness().step(3, false, false);
+    EXPECT_EQ(model->brightness().level(3), 0.02);
     EXPECT_EQ(machine->osd().shown(), (Shown{{3, 0.0, "sun.min.fill", {}}}));
 }
 
@@ -120,7 +120,7 @@ TEST_F(DisplayControl, DimToBlackAndBackRestoresTheFormerDim) {
     ColorAdjust warm;
     warm.dim = 0.4;
     warm.temperature = 0.5;
-    model->setColor(3, warm);
+    model->brightness().setColor(3, warm);
     pointAt(3);
     model->perform(ShortcutAction::dimToBlack);
     EXPECT_EQ(model->color()->at(3).dim, 0.0);

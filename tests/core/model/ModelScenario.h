@@ -13,7 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "model/AppModel.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/SimSession.h"
 #include "sim/VirtualScheduler.h"
@@ -24,14 +24,14 @@
 namespace lumora::test {
 
 // The display server with a hand on the reconfiguration events, so a test can deliver exactly
-// the flags it wants (the simulated hardware always sends begin and change together).
+// the events it wants.
 class EventServer final : public ForwardingDisplayServer {
   public:
     using ForwardingDisplayServer::ForwardingDisplayServer;
 
-    void fire(DisplayID id, std::uint32_t flags) {
+    void fire(DisplayID id, DisplayChange change) {
         for (auto& handler : handlers_)
-            handler(id, flags);
+            handler(id, change);
     }
 
     // Kept here only: the hardware's own events do not reach the model through this server.
@@ -43,6 +43,27 @@ class EventServer final : public ForwardingDisplayServer {
 
   private:
     std::vector<ReconfigurationHandler> handlers_;
+};
+
+// The simulated machine with another display server in front of it.
+class ServerSwap final : public Platform {
+  public:
+    ServerSwap(sim::SimMachine& machine, DisplayServer& server)
+        : machine_(machine), server_(server) {}
+    std::string name() const override { return machine_.name(); }
+    Capabilities capabilities() const override { return machine_.capabilities(); }
+    DisplayServer& displayServer() override { return server_; }
+    Backlight& backlight() override { return machine_.backlight(); }
+    AVServices& avServices() override { return machine_.avServices(); }
+    VirtualDisplays& virtualDisplays() override { return machine_.virtualDisplays(); }
+    Power& power() override { return machine_.power(); }
+    LidSensor& lidSensor() override { return machine_.lidSensor(); }
+    SystemEvents& systemEvents() override { return machine_.systemEvents(); }
+    Input& input() override { return machine_.input(); }
+
+  private:
+    sim::SimMachine& machine_;
+    DisplayServer& server_;
 };
 
 inline std::filesystem::path fixture(const std::string& name) {
@@ -66,18 +87,18 @@ class ModelScenario : public ::testing::Test {
     void boot(sim::World world, bool events = false) {
         model.reset();
         displays.reset();
+        platform.reset();
         eventServer.reset();
         machine = std::make_unique<sim::SimMachine>(std::move(world), clock);
-        DisplayServer* server = &machine->displayServer();
+        Platform* used = machine.get();
         if (events) {
             eventServer = std::make_unique<EventServer>(machine->displayServer());
-            server = eventServer.get();
+            platform = std::make_unique<ServerSwap>(*machine, *eventServer);
+            used = platform.get();
         }
-        displays = std::make_unique<Displays>(*server, defaults, log);
-        model = AppModel::create(AppPorts{
-            clock, *server, machine->backlight(), machine->avServices(), machine->virtualDisplays(),
-            machine->power(), machine->lidSensor(), machine->systemEvents(), machine->input(),
-            machine->osd(), session, defaults, *displays, log});
+        displays = std::make_unique<Displays>(used->displayServer(), defaults, log);
+        model = AppModel::create(
+            AppPorts{*used, clock, machine->osd(), session, defaults, *displays, log});
     }
     void start(const std::string& fixtureName, bool events = false) {
         boot(fixtureWorld(fixtureName), events);
@@ -122,10 +143,11 @@ class ModelScenario : public ::testing::Test {
     TempDir dir;
     Log log{Log::Options{dir / "Lumora.log", fixedLocalTime, nullptr}};
     sim::VirtualScheduler clock;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     sim::SimSession session{dir.path() / "home", "0.1.0"};
     std::unique_ptr<sim::SimMachine> machine;
     std::unique_ptr<EventServer> eventServer;
+    std::unique_ptr<ServerSwap> platform;
     std::unique_ptr<Displays> displays;
     std::shared_ptr<AppModel> model;
 };

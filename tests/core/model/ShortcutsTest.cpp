@@ -26,9 +26,8 @@ class Shortcuts : public ModelScenario {
         return registered;
     }
     // A brightness key event through the tap; true when it was swallowed.
-    bool brightnessKey(bool up, bool down, ModifierFlags flags = {}) {
-        const std::int64_t data1 = (std::int64_t{up ? 2 : 3} << 16) | ((down ? 0x0A : 0x0B) << 8);
-        return machine->input().sendSystemDefined(8, data1, flags);
+    bool brightnessKey(bool up, bool down, bool fine = false) {
+        return machine->input().sendBrightnessKey(up, down, fine);
     }
     nlohmann::json storedShortcuts() { return *defaults.jsonData(kShortcutsKey); }
     static nlohmann::json plain(const nlohmann::ordered_json& json) {
@@ -39,10 +38,10 @@ class Shortcuts : public ModelScenario {
 TEST_F(Shortcuts, HotkeysActOnTheDisplayUnderThePointer) {
     pointAt(2);
     EXPECT_TRUE(press(kKeyUpArrow, kHyper));
-    EXPECT_EQ(model->brightnessLevel(2), 0.5625);
+    EXPECT_EQ(model->brightness().level(2), 0.5625);
     pointAt(3);
     EXPECT_TRUE(press(kKeyB, kHyper));
-    EXPECT_EQ(model->brightnessLevel(3), 0.0);
+    EXPECT_EQ(model->brightness().level(3), 0.0);
     EXPECT_EQ(machine->osd().shown(),
               (Shown{{2, 0.5625, "sun.max.fill", {}}, {3, 0.0, "moon.fill", {}}}));
 
@@ -111,10 +110,10 @@ TEST_F(Shortcuts, BrightnessKeysStepExternalsAndLeaveThePanelToTheSystem) {
     pointAt(2);
     EXPECT_TRUE(brightnessKey(true, true));
     EXPECT_TRUE(brightnessKey(true, false));
-    EXPECT_TRUE(brightnessKey(true, true, {Modifier::option, Modifier::shift}));
-    EXPECT_EQ(model->brightnessLevel(2), 0.578125);
-    EXPECT_TRUE(brightnessKey(false, true, {Modifier::option}));
-    EXPECT_EQ(model->brightnessLevel(2), 0.5);
+    EXPECT_TRUE(brightnessKey(true, true, /*fine=*/true));
+    EXPECT_EQ(model->brightness().level(2), 0.578125);
+    EXPECT_TRUE(brightnessKey(false, true));
+    EXPECT_EQ(model->brightness().level(2), 0.5);
 
     model->setBrightnessKeys(false);
     EXPECT_EQ(defaults.boolean(kBrightnessKeysKey), false);
@@ -122,7 +121,7 @@ TEST_F(Shortcuts, BrightnessKeysStepExternalsAndLeaveThePanelToTheSystem) {
     EXPECT_FALSE(model->brightnessKeyPressed(true, false));
     model->setBrightnessKeys(true);
     EXPECT_TRUE(brightnessKey(true, true));
-    EXPECT_EQ(model->brightnessLevel(2), 0.5625);
+    EXPECT_EQ(model->brightness().level(2), 0.5625);
 }
 
 TEST_F(Shortcuts, WithoutAccessibilityTheTapWaitsForPermission) {

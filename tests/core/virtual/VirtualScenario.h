@@ -9,7 +9,7 @@
 
 #include "display/Displays.h"
 #include "log/Log.h"
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
@@ -76,7 +76,7 @@ class VirtualScenario : public ::testing::Test {
     std::unique_ptr<Log> log_;
     std::size_t seen_ = 0;
     sim::VirtualScheduler scheduler;
-    sim::MemoryDefaults defaults;
+    MemoryDefaults defaults;
     std::unique_ptr<sim::SimMachine> machine;
     std::unique_ptr<Displays> displays;
 };

@@ -11,12 +11,11 @@ class QTimer;
 
 namespace lumora {
 class Log;
-namespace sim {
-class SimMachine;
-}
 }  // namespace lumora
 
-namespace lumora::app {
+namespace lumora::sim {
+
+class SimMachine;
 
 // Makes edits of the --simulate world file hardware changes: a moment after the file changes,
 // it is read again and the machine moves to the new world (plugs, unplugs, pointer, lid).
@@ -51,4 +50,4 @@ class WorldWatcher {
     std::unique_ptr<QTimer> settle_;
 };
 
-}  // namespace lumora::app
+}  // namespace lumora::sim

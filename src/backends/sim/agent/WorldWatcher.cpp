@@ -1,4 +1,4 @@
-#include "runtime/WorldWatcher.h"
+#include "sim/agent/WorldWatcher.h"
 
 #include <QFileSystemWatcher>
 #include <QString>
@@ -9,7 +9,7 @@
 #include "log/Log.h"
 #include "sim/SimMachine.h"
 
-namespace lumora::app {
+namespace lumora::sim {
 
 namespace {
 
@@ -70,4 +70,4 @@ void WorldWatcher::reload() {
     machine_.applyWorld(current_);
 }
 
-}  // namespace lumora::app
+}  // namespace lumora::sim

@@ -6,20 +6,21 @@
 
 #include "platform/Defaults.h"
 
-namespace lumora::sim {
+namespace lumora {
 
-// The defaults store of the simulated machine and of tests: a locked in-memory dictionary.
+// A defaults store that keeps nothing beyond the process: a locked in-memory dictionary
+// (the listing, the simulated machine, tests).
 class MemoryDefaults final : public Defaults {
-public:
+  public:
     [[nodiscard]] std::optional<Value> object(std::string_view key) const override;
     void set(std::string_view key, Value value) override;
     void remove(std::string_view key) override;
     // Everything stored, for tests that compare whole stores.
     [[nodiscard]] nlohmann::json dump() const;
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::map<std::string, Value, std::less<>> values_;
 };
 
-}  // namespace lumora::sim
+}  // namespace lumora

@@ -1,6 +1,6 @@
-#include "sim/MemoryDefaults.h"
+#include "platform/MemoryDefaults.h"
 
-namespace lumora::sim {
+namespace lumora {
 
 std::optional<Defaults::Value> MemoryDefaults::object(std::string_view key) const {
     std::lock_guard lock(mutex_);
@@ -22,8 +22,9 @@ void MemoryDefaults::remove(std::string_view key) {
 nlohmann::json MemoryDefaults::dump() const {
     std::lock_guard lock(mutex_);
     nlohmann::json out = nlohmann::json::object();
-    for (const auto& [k, v] : values_) out[k] = v;
+    for (const auto& [k, v] : values_)
+        out[k] = v;
     return out;
 }
 
-}  // namespace lumora::sim
+}  // namespace lumora

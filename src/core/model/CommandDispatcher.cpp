@@ -1,0 +1,276 @@
+#include "model/CommandDispatcher.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "model/AppModel.h"
+#include "model/CommandArguments.h"
+
+namespace lumora {
+
+namespace {
+
+// A requested refresh rate matches a mode's within this many hertz (so 60 finds 59.94).
+constexpr double kRefreshTolerance = 1.0;
+// User-created virtual screens always run at this rate.
+constexpr double kVirtualRefresh = 60.0;
+constexpr const char* kMultiplicationSign = "\u00D7";
+
+std::optional<std::string_view> item(const Query& query, std::string_view name) {
+    const std::string* text = queryItem(query, name);
+    return text ? std::optional<std::string_view>(*text) : std::nullopt;
+}
+
+std::optional<std::int64_t> integerItem(const Query& query, std::string_view name) {
+    const std::string* text = queryItem(query, name);
+    return text ? parseInteger(*text) : std::nullopt;
+}
+
+}  // namespace
+
+struct CommandDispatcher::Call {
+    const std::string& command;
+    const Query& query;
+    std::optional<bool> on;
+    std::optional<double> value;
+    std::optional<DisplayID> display;  // resolved once, before any wait
+    bool writesStatus = true;          // "mode" may leave the file as it is
+};
+
+const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
+    static const std::vector<Entry> entries = {
+        {"hidpi", &CommandDispatcher::hidpi},
+        {"brightness", &CommandDispatcher::brightness, true},
+        {"brightness-up", &CommandDispatcher::brightnessStep, true},
+        {"brightness-down", &CommandDispatcher::brightnessStep, true},
+        {"connect", &CommandDispatcher::connect},
+        {"disconnect", &CommandDispatcher::disconnect},
+        {"main", &CommandDispatcher::main},
+        {"mode", &CommandDispatcher::mode},
+        {"dim", &CommandDispatcher::dim},
+        {"ddc", &CommandDispatcher::ddc, true},
+        {"sleep-displays", &CommandDispatcher::sleepDisplays},
+        {"virtual", &CommandDispatcher::virtualScreen},
+        {"status", &CommandDispatcher::status, true},
+    };
+    return entries;
+}
+
+std::vector<std::string_view> CommandDispatcher::commands() {
+    std::vector<std::string_view> names;
+    for (const Entry& e : table())
+        names.push_back(e.name);
+    return names;
+}
+
+void CommandDispatcher::handleURL(std::string_view url, Done done) {
+    auto command = parseCommandUrl(url);
+    if (!command) {
+        if (done) done(CommandResult::nothing("not a lumora:// URL"));
+        return;
+    }
+    model_.log().write("url: " + escapeForLog(command->command) + " " + printQuery(command->query));
+    handle(command->command, command->query, std::move(done));
+}
+
+void CommandDispatcher::handle(const std::string& command, const Query& query, Done done) {
+    model_.refresh();  // names and states current before resolving
+    const auto entry = std::find_if(table().begin(), table().end(),
+                                    [&](const Entry& e) { return e.name == command; });
+    if (entry == table().end()) {
+        model_.log().write("url: unknown command " + escapeForLog(command));
+        model_.writeStatus();
+        if (done) done(CommandResult::nothing("unknown command: " + command));
+        return;
+    }
+    Call call{command, query, onArgument(query), levelArgument(query), std::nullopt};
+    call.display = model_.resolve(item(query, "display"));
+    if (!entry->readsDdc ||
+        !model_.ddc().scanning(entry->name == "status" ? std::nullopt : call.display)) {
+        run(&*entry, call, done);
+        return;
+    }
+    // The query and command are copied: the wait outlives this call.
+    auto saved = std::make_shared<std::pair<std::string, Query>>(command, query);
+    model_.ddc().whenScanned(
+        entry->name == "status" ? std::nullopt : call.display,
+        [weak = model_.weak_from_this(), entry = &*entry, saved, display = call.display, done] {
+            auto self = weak.lock();
+            if (!self) return;
+            Call later{saved->first, saved->second, onArgument(saved->second),
+                       levelArgument(saved->second), display};
+            self->refresh();
+            self->dispatcher().run(entry, later, done);
+        });
+}
+
+void CommandDispatcher::run(const Entry* entry, Call call, const Done& done) {
+    const CommandResult result = (this->*entry->handler)(call);
+    if (call.writesStatus) model_.writeStatus();
+    if (done) done(result);
+}
+
+std::optional<DisplayID> CommandDispatcher::display(const Call& call) const {
+    return call.display;
+}
+
+CommandResult CommandDispatcher::notFound(const Call& call) {
+    const std::string* argument = queryItem(call.query, "display");
+    if (!argument || argument->empty())
+        return CommandResult::nothing("no display under the pointer");
+    return CommandResult::nothing("display not found: " + *argument);
+}
+
+CommandResult CommandDispatcher::unavailable(const Call& call, const std::string& what) {
+    const std::string line = what + " is not available on this machine";
+    model_.log().write("url: " + call.command + ": " + line);
+    return CommandResult::nothing(line);
+}
+
+CommandResult CommandDispatcher::hidpi(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    model_.setHiDPI(*id, call.on.value_or(!model_.hidpi().isOn(*id)));
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::brightness(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (!call.value) return CommandResult::nothing("brightness needs a value (0-100 or 0-1)");
+    if (model_.brightness().path(*id) == BrightnessPath::software && !model_.capabilities().gamma) {
+        return unavailable(call, "software dimming");
+    }
+    model_.brightness().set(*id, *call.value);
+    // The bar cannot show less than empty or more than full.
+    model_.osd().show(*id, std::clamp(*call.value, 0.0, 1.0), "sun.max.fill", std::nullopt);
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::brightnessStep(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (model_.brightness().path(*id) == BrightnessPath::software && !model_.capabilities().gamma) {
+        return unavailable(call, "software dimming");
+    }
+    model_.brightness().step(*id, call.command == "brightness-up", /*fine=*/false);
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::connect(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (!model_.capabilities().enableDisable) {
+        return unavailable(call, "switching displays off and on");
+    }
+    const bool ok = model_.inventory().setEnabled(*id, call.on.value_or(true), /*quiet=*/false);
+    model_.refresh();
+    return ok ? CommandResult::done() : CommandResult::nothing("the display server refused");
+}
+
+CommandResult CommandDispatcher::disconnect(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (!model_.capabilities().enableDisable) {
+        return unavailable(call, "switching displays off and on");
+    }
+    const bool ok = model_.inventory().setEnabled(*id, false, /*quiet=*/false);
+    model_.refresh();
+    return ok ? CommandResult::done() : CommandResult::nothing("the display server refused");
+}
+
+CommandResult CommandDispatcher::main(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (!model_.capabilities().setMain) return unavailable(call, "choosing the main display");
+    const bool ok = model_.inventory().setMain(model_.shownDisplay(*id));
+    model_.refresh();
+    return ok ? CommandResult::done() : CommandResult::nothing("the display server refused");
+}
+
+CommandResult CommandDispatcher::mode(Call& call) {
+    const auto width = integerItem(call.query, "width");
+    const auto height = integerItem(call.query, "height");
+    const auto id = display(call);
+    // The one path that leaves the status file as it is.
+    if (!id || !width || !height) {
+        call.writesStatus = false;
+        if (!id) return notFound(call);
+        return CommandResult::nothing("mode needs a whole width and height");
+    }
+    if (!model_.capabilities().setMode) return unavailable(call, "changing modes");
+
+    std::optional<bool> hidpi;
+    if (auto text = item(call.query, "hidpi")) hidpi = *text == "1" || *text == "true";
+    std::optional<double> hz;
+    if (auto text = item(call.query, "hz")) hz = parseNumber(*text);
+
+    const DisplayID target = model_.shownDisplay(*id);
+    for (const DisplayMode& m : model_.inventory().modes(target)) {
+        if (m.width != *width || m.height != *height) continue;
+        if (hidpi && m.hiDPI() != *hidpi) continue;
+        if (hz && !(std::abs(m.refresh - *hz) < kRefreshTolerance)) continue;
+        const bool ok = model_.inventory().setMode(target, m);
+        model_.refresh();
+        return ok ? CommandResult::done() : CommandResult::nothing("the display server refused");
+    }
+    return CommandResult::nothing("no mode matches " + std::to_string(*width) + "x" +
+                                  std::to_string(*height));
+}
+
+CommandResult CommandDispatcher::dim(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    if (!model_.capabilities().gamma) return unavailable(call, "software dimming");
+    // No floor here: an absent value means black.
+    model_.brightness().setDim(*id, call.value.value_or(0.0));
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::ddc(Call& call) {
+    const auto id = display(call);
+    if (!id) return notFound(call);
+    const std::string* vcpText = queryItem(call.query, "vcp");
+    const std::string* valueText = queryItem(call.query, "value");
+    if (!vcpText || !valueText) return CommandResult::nothing("ddc needs vcp and value");
+    const auto byte = parseHexByte(*vcpText);
+    const auto raw = parseUnsigned(*valueText, std::numeric_limits<std::uint16_t>::max());
+    if (!byte || !raw) return CommandResult::nothing("ddc needs a hex vcp and a value 0-65535");
+    const auto vcp = vcpFromCode(*byte);
+    if (!vcp) return CommandResult::nothing("unknown VCP code " + *vcpText);
+    if (!model_.ddc().hasChannel(*id)) {
+        return CommandResult::nothing("display " + std::to_string(*id) + " has no DDC/CI channel");
+    }
+    model_.ddc().send(*id, *vcp, static_cast<std::uint16_t>(*raw));
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::sleepDisplays(Call& call) {
+    if (!model_.capabilities().displaySleep) return unavailable(call, "display sleep");
+    model_.perform(ShortcutAction::sleepDisplays);
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::virtualScreen(Call& call) {
+    constexpr auto kLargest = std::numeric_limits<std::uint32_t>::max();
+    const auto width = integerItem(call.query, "width");
+    const auto height = integerItem(call.query, "height");
+    // The platform takes 32-bit unsigned sides.
+    if (!width || !height || *width < 0 || *height < 0 || *width > kLargest || *height > kLargest) {
+        return CommandResult::nothing("virtual needs a whole width and height");
+    }
+    const std::string* name = queryItem(call.query, "name");
+    const std::string title =
+        name ? *name
+             : "Lumora " + std::to_string(*width) + kMultiplicationSign + std::to_string(*height);
+    const std::string* hidpi = queryItem(call.query, "hidpi");
+    model_.addVirtualScreen(title, *width, *height, kVirtualRefresh, !hidpi || *hidpi != "0");
+    return CommandResult::done();
+}
+
+CommandResult CommandDispatcher::status(Call& /*call*/) {
+    return CommandResult::done();  // the status write after every command is all
+}
+
+}  // namespace lumora

@@ -1,0 +1,183 @@
+#include "model/DdcControl.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "base/Check.h"
+#include "ddc/DDC.h"
+#include "display/Displays.h"
+
+namespace lumora {
+
+namespace {
+
+// The scan reads only these, to keep the reconfiguration path short.
+constexpr VCP kScannedCodes[] = {VCP::brightness, VCP::contrast, VCP::volume};
+
+std::string hexByte(std::uint8_t byte) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string out;
+    if (byte >= 0x10) out.push_back(kDigits[byte >> 4]);
+    out.push_back(kDigits[byte & 0x0F]);
+    return out;
+}
+
+}  // namespace
+
+std::shared_ptr<DdcControl> DdcControl::create(Deps deps, const Signal* willChange) {
+    return std::make_shared<DdcControl>(Passkey{}, deps, willChange);
+}
+
+DdcControl::DdcControl(Passkey, Deps deps, const Signal* willChange)
+    : deps_(deps),
+      values_({}, willChange),
+      available_({}, willChange),
+      queue_(deps.scheduler.makeSerialQueue(kQueueLabel)) {}
+
+// Pending writes hold only their channel and value: they still reach the monitor.
+DdcControl::~DdcControl() {
+    for (const auto& waiter : waiters_) {
+        if (waiter->timeout) waiter->timeout->cancel();
+    }
+}
+
+std::optional<double> DdcControl::value(DisplayID display, VCP vcp) const {
+    auto values = values_->find(display);
+    if (values == values_->end()) return std::nullopt;
+    auto level = values->second.find(code(vcp));
+    if (level == values->second.end()) return std::nullopt;
+    return level->second;
+}
+
+std::vector<DisplayID> DdcControl::candidates() const {
+    std::vector<DisplayID> ids;
+    for (DisplayID id : deps_.displays.onlineIDs()) {
+        if (!deps_.server.isBuiltin(id) && !deps_.displays.isVirtual(id)) ids.push_back(id);
+    }
+    return ids;
+}
+
+void DdcControl::rescan() {
+    const std::vector<DisplayID> ids = candidates();
+    // A display that left is scanned anew when it comes back.
+    std::erase_if(scanned_,
+                  [&](DisplayID id) { return std::find(ids.begin(), ids.end(), id) == ids.end(); });
+    for (DisplayID id : ids) {
+        if (!scanned_.contains(id)) firstScan_.insert(id);
+    }
+    // Read here: the display server belongs to the main thread.
+    auto targets = DDC::targets(deps_.server, ids);
+    AVServices& av = deps_.av;
+    Scheduler& scheduler = deps_.scheduler;
+    queue_->post([weak = weak_from_this(), targets = std::move(targets), ids, &av, &scheduler] {
+        auto services = DDC::services(av, scheduler, targets);
+        Values values;
+        for (const auto& [id, service] : services) {
+            auto& entry = values[id];  // every service gets one, even an empty one
+            for (VCP vcp : kScannedCodes) {
+                auto reply = service->read(code(vcp));
+                if (!reply || reply->second == 0) continue;
+                entry[code(vcp)] = static_cast<double>(reply->first) / reply->second;
+            }
+        }
+        scheduler.mainQueue().post(
+            [weak, services = std::move(services), values = std::move(values), ids]() mutable {
+                if (auto self = weak.lock())
+                    self->publish(std::move(services), std::move(values), ids);
+            });
+    });
+}
+
+void DdcControl::scanNewDisplays() {
+    const std::vector<DisplayID> ids = candidates();
+    const bool unseen = std::any_of(ids.begin(), ids.end(), [&](DisplayID id) {
+        return !scanned_.contains(id) && !firstScan_.contains(id);
+    });
+    if (unseen) rescan();
+}
+
+void DdcControl::publish(Services services, Values values, const std::vector<DisplayID>& scanned) {
+    services_ = std::move(services);
+    std::set<DisplayID> answering;
+    for (const auto& [id, codes] : values) {
+        if (!codes.empty()) answering.insert(id);
+    }
+    const std::size_t answeringCount = answering.size();
+    available_.set(std::move(answering));
+    values_.set(std::move(values));
+    deps_.log.write("DDC: " + std::to_string(services_.size()) +
+                    " external display(s) with a DDC channel, " + std::to_string(answeringCount) +
+                    " answering");
+    for (DisplayID id : scanned) {
+        firstScan_.erase(id);
+        scanned_.insert(id);
+    }
+    releaseWaiters();
+}
+
+void DdcControl::set(DisplayID display, VCP vcp, double value, std::uint16_t max) {
+    const std::uint8_t byte = code(vcp);
+    values_.modify([&](Values& values) { values[display][byte] = value; });
+    auto service = services_.find(display);
+    if (service == services_.end()) return;
+
+    const auto key = std::pair{display, byte};
+    if (auto pending = pending_.find(key); pending != pending_.end()) pending->second->cancel();
+
+    const double raw = std::round(value * max);  // halves away from zero
+    check(raw >= 0 && raw <= std::numeric_limits<std::uint16_t>::max(),
+          "DDC value outside 0...1 (callers clamp)");
+    auto write = [channel = service->second, byte, raw = static_cast<std::uint16_t>(raw)] {
+        channel->write(byte, raw);
+    };
+    pending_.insert_or_assign(key, queue_->postAfter(kDebounce, std::move(write)));
+}
+
+void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
+    auto service = services_.find(display);
+    if (service == services_.end()) return;
+    const std::uint8_t byte = code(vcp);
+    queue_->post([channel = service->second, byte, raw] { channel->write(byte, raw); });
+    deps_.log.write("DDC display " + std::to_string(display) + ": VCP 0x" + hexByte(byte) + " = " +
+                    std::to_string(raw));
+}
+
+bool DdcControl::scanning(std::optional<DisplayID> display) const {
+    return display ? firstScan_.contains(*display) : !firstScan_.empty();
+}
+
+void DdcControl::whenScanned(std::optional<DisplayID> display, std::function<void()> then) {
+    if (!scanning(display)) {
+        then();
+        return;
+    }
+    auto waiter = std::make_shared<Waiter>(Waiter{display, std::move(then), nullptr});
+    std::weak_ptr<Waiter> weakWaiter = waiter;
+    waiter->timeout = deps_.scheduler.mainQueue().postAfter(kFirstScanWait,
+                                                            [weak = weak_from_this(), weakWaiter] {
+                                                                auto self = weak.lock();
+                                                                auto late = weakWaiter.lock();
+                                                                if (!self || !late) return;
+                                                                std::erase(self->waiters_, late);
+                                                                late->then();
+                                                            });
+    waiters_.push_back(std::move(waiter));
+}
+
+void DdcControl::releaseWaiters() {
+    std::vector<std::shared_ptr<Waiter>> ready;
+    std::erase_if(waiters_, [&](const std::shared_ptr<Waiter>& w) {
+        if (scanning(w->display)) return false;
+        ready.push_back(w);
+        return true;
+    });
+    // Run after the list is settled: a command may start another scan.
+    for (const auto& waiter : ready) {
+        waiter->timeout->cancel();
+        waiter->then();
+    }
+}
+
+}  // namespace lumora

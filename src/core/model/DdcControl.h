@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "ddc/DDCService.h"
+#include "ddc/VCP.h"
+#include "log/Log.h"
+#include "model/Observable.h"
+#include "platform/AVServices.h"
+#include "platform/DisplayServer.h"
+#include "platform/Scheduler.h"
+
+namespace lumora {
+
+class Displays;
+
+// The monitors' DDC/CI controls as the model knows them: which displays have a channel, the
+// last value of each control, and writes that do not flood the monitors' slow I2C channels.
+//
+// Main thread only; channel traffic runs on the serial queue "lumora.ddc" with values
+// captured when the work was queued, and results come back on the main queue. Delayed work
+// holds the object weakly.
+class DdcControl : public std::enable_shared_from_this<DdcControl> {
+  public:
+    using Values = std::map<DisplayID, std::map<std::uint8_t, double>>;
+
+    static constexpr const char* kQueueLabel = "lumora.ddc";
+    // A write waits this long for a newer value of the same display and control: a dragged
+    // slider must not flood the monitor.
+    static constexpr double kDebounce = 0.08;
+    // A command for a monitor whose first scan is still running waits at most this long.
+    static constexpr double kFirstScanWait = 3.0;
+
+    struct Deps {
+        Scheduler& scheduler;
+        DisplayServer& server;
+        AVServices& av;
+        Displays& displays;
+        Log& log;
+    };
+
+    static std::shared_ptr<DdcControl> create(Deps deps, const Signal* willChange);
+    ~DdcControl();
+
+    [[nodiscard]] const Published<Values>& values() const { return values_; }
+    // Displays whose channel answered at least one read in the last scan.
+    [[nodiscard]] const Published<std::set<DisplayID>>& available() const { return available_; }
+    [[nodiscard]] bool hasChannel(DisplayID display) const { return services_.contains(display); }
+    // The normalised value last known, if any.
+    [[nodiscard]] std::optional<double> value(DisplayID display, VCP vcp) const;
+
+    // Finds the channels of the external displays and reads their controls.
+    void rescan();
+    // Starts a scan when an online external display has never been scanned (a display the
+    // model sees before the reconfiguration event that announces it).
+    void scanNewDisplays();
+    // Caches value (0…1) at once; the monitor gets round(value × max) kDebounce later.
+    void set(DisplayID display, VCP vcp, double value, std::uint16_t max);
+    // One raw write at once, logged.
+    void send(DisplayID display, VCP vcp, std::uint16_t raw);
+
+    // Runs `then` once the first scan of `display` (nothing: of every display) has finished,
+    // at once when none is running, and at the latest kFirstScanWait from now.
+    void whenScanned(std::optional<DisplayID> display, std::function<void()> then);
+    [[nodiscard]] bool scanning(std::optional<DisplayID> display) const;
+
+  private:
+    struct Passkey {};
+
+  public:
+    DdcControl(Passkey, Deps deps, const Signal* willChange);
+
+  private:
+    using Services = std::map<DisplayID, std::shared_ptr<DDCService>>;
+    struct Waiter {
+        std::optional<DisplayID> display;
+        std::function<void()> then;
+        TaskHandle timeout;
+    };
+
+    [[nodiscard]] std::vector<DisplayID> candidates() const;
+    void publish(Services services, Values values, const std::vector<DisplayID>& scanned);
+    void releaseWaiters();
+
+    Deps deps_;
+    Published<Values> values_;
+    Published<std::set<DisplayID>> available_;
+    Services services_;
+    std::shared_ptr<WorkQueue> queue_;
+    // At most one debounced write per display and control.
+    std::map<std::pair<DisplayID, std::uint8_t>, TaskHandle> pending_;
+    std::set<DisplayID> firstScan_;  // displays whose first scan has not finished
+    std::set<DisplayID> scanned_;    // online displays scanned at least once
+    std::vector<std::shared_ptr<Waiter>> waiters_;
+};
+
+}  // namespace lumora
