@@ -3,7 +3,10 @@
 #include "sim/World.h"
 #include "sim/agent/SimAgentPlatform.h"
 #if defined(LUMORA_HAVE_LINUX_BACKEND)
-#include "LinuxPlatform.h"
+#include "platform/LinuxPlatform.h"
+#endif
+#if defined(LUMORA_HAVE_MACOS_BACKEND)
+#include "MacPlatform.h"
 #endif
 
 namespace lumora::app {
@@ -22,6 +25,10 @@ PlatformChoice choosePlatform(const CommandLine& cli, Scheduler& scheduler, Log&
     }
 #if defined(LUMORA_HAVE_LINUX_BACKEND)
     return {lx::makeLinuxPlatform(scheduler, log), {}};
+#elif defined(LUMORA_HAVE_MACOS_BACKEND)
+    (void)scheduler;
+    (void)log;
+    return {mac::makeMacPlatform(), {}};
 #else
     (void)scheduler;
     (void)log;

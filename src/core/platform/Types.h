@@ -10,7 +10,9 @@ using DisplayID = std::uint32_t;
 // Vendor number that marks Lumora's own virtual displays ("LM").
 inline constexpr std::uint32_t kVirtualVendor = 0x4C4D;
 
-// Global desktop coordinates: origin at the top-left of the main display, y grows downwards.
+// Global desktop coordinates, y growing downwards: on macOS the origin is the top-left of the
+// main display; on X11 and Wayland it is the top-left of the whole desktop (where windows,
+// xrandr and the pointer have it), whichever display is main.
 struct Point {
     double x = 0;
     double y = 0;

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+#include "logind/InhibitorLock.h"
+#include "logind/LogindClient.h"
+
+namespace lumora::lx {
+
+// Keeps logind from acting on the lid switch (suspending, say) while Lumora's own lid logic
+// is enabled, so the two never act on the same lid.
+class LidSwitchInhibitor {
+  public:
+    explicit LidSwitchInhibitor(std::shared_ptr<LogindClient> logind);
+
+    [[nodiscard]] bool available() const { return logind_->available(); }
+    [[nodiscard]] bool held() const { return lock_.held(); }
+
+    // Whether the lock is held afterwards; taking it again while held changes nothing.
+    bool take();
+    void release() { lock_.release(); }
+
+  private:
+    std::shared_ptr<LogindClient> logind_;
+    InhibitorLock lock_;
+};
+
+}  // namespace lumora::lx

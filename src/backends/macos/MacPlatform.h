@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+
+#include "DisplayEnableSwitch.h"
+#include "MacAVServices.h"
+#include "MacBacklight.h"
+#include "MacDisplayServer.h"
+#include "MacInput.h"
+#include "MacLidSensor.h"
+#include "MacPower.h"
+#include "MacSystemEvents.h"
+#include "MacVirtualDisplays.h"
+#include "platform/Platform.h"
+
+namespace lumora::mac {
+
+// The Mac: CoreGraphics displays, IOKit DDC/CI and sensors, private entry points bound at run
+// time (their absence is a missing capability), AppKit and Carbon glue. Built and used on
+// the main thread.
+class MacPlatform final : public Platform {
+  public:
+    MacPlatform();
+
+    [[nodiscard]] std::string name() const override { return "macOS (CoreGraphics)"; }
+    [[nodiscard]] Capabilities capabilities() const override { return capabilities_; }
+
+    DisplayServer& displayServer() override { return displays_; }
+    Backlight& backlight() override { return backlight_; }
+    AVServices& avServices() override { return avServices_; }
+    VirtualDisplays& virtualDisplays() override { return virtualDisplays_; }
+    Power& power() override { return power_; }
+    LidSensor& lidSensor() override { return lid_; }
+    SystemEvents& systemEvents() override { return systemEvents_; }
+    Input& input() override { return input_; }
+
+  private:
+    DisplayEnableSwitch enableSwitch_;
+    MacDisplayServer displays_;
+    MacBacklight backlight_;
+    MacAVServices avServices_;
+    MacVirtualDisplays virtualDisplays_;
+    MacPower power_;
+    MacLidSensor lid_;
+    MacSystemEvents systemEvents_;
+    MacInput input_;
+    Capabilities capabilities_;
+};
+
+std::unique_ptr<Platform> makeMacPlatform();
+
+}  // namespace lumora::mac

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/VirtualDisplays.h"
+
+namespace lumora::mac {
+
+// Virtual displays through the window server's private CGVirtualDisplay classes.
+class MacVirtualDisplays final : public VirtualDisplays {
+  public:
+    MacVirtualDisplays();
+
+    [[nodiscard]] bool available() const override { return available_; }
+    std::unique_ptr<VirtualDisplayHandle> create(const VirtualDisplayDescriptor& d) override;
+
+  private:
+    bool available_ = false;
+};
+
+}  // namespace lumora::mac

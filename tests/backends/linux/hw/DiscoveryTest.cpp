@@ -1,0 +1,110 @@
+// Which I2C buses become DDC/CI entries, read from temporary sysfs trees.
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "FakeI2c.h"
+#include "SysfsTree.h"
+#include "hw/DisplayBuses.h"
+#include "hw/LinuxAVServices.h"
+
+namespace lumora::lx {
+namespace {
+
+using Bus = std::tuple<unsigned, std::optional<std::string>, bool>;
+
+std::vector<Bus> buses(const std::filesystem::path& root) {
+    std::vector<Bus> seen;
+    for (const auto& b : findDisplayBuses(root))
+        seen.emplace_back(b.number, b.connector, b.external);
+    return seen;
+}
+
+constexpr auto kIntel = "pci0000:00/0000:00:02.0";
+constexpr auto kNvidia = "pci0000:00/0000:00:01.0/0000:01:00.0";
+
+// A laptop: Intel graphics linking its connectors' buses, plus an NVIDIA card whose driver
+// links none.
+void buildHybridLaptop(test::SysfsTree& tree) {
+    tree.card("card0", kIntel);
+    tree.connector("card0-eDP-1", "connected", -1);
+    tree.adapter(6, "DPDDC-A", std::string(kIntel) + "/drm/card0/card0-eDP-1");
+    tree.link("class/drm/card0-eDP-1/i2c-6",
+              tree.root() / "devices" / kIntel / "drm/card0/card0-eDP-1/i2c-6");
+    tree.connector("card0-HDMI-A-1", "connected", 3);
+    tree.connector("card0-DP-1", "disconnected", 7);
+    tree.connector("card0-DP-2", "unknown", 8);
+    tree.file("class/drm/card0-DP-3/status", "connected\n");  // no bus at all
+    tree.file("class/drm/renderD128/dev", "226:128\n");
+    tree.file("class/drm/version", "drm 1.1.0 20060810\n");
+    tree.adapter(0, "SMBus I801 adapter at efa0", "pci0000:00/0000:00:1f.4");
+    tree.adapter(2, "i915 gmbus dpb", kIntel);  // not linked: Intel drives that port over DP
+    tree.adapter(3, "i915 gmbus dpc", kIntel);
+    tree.adapter(7, "DPDDC-B", kIntel);
+    tree.adapter(8, "DPDDC-C", kIntel);
+    tree.card("card1", kNvidia);
+    tree.connector("card1-DP-4", "connected", -1);
+    tree.adapter(10, "NVIDIA i2c adapter 3 at 1:00.0", kNvidia);
+    tree.adapter(9, "NVIDIA i2c adapter 1 at 1:00.0", kNvidia);
+    tree.adapter(11, "Synopsys DesignWare I2C adapter", "platform/i2c_designware.0");
+}
+
+TEST(DisplayBusesTest, HybridLaptopGivesConnectorBusesAndUnlinkedCardsAdapters) {
+    test::SysfsTree tree;
+    buildHybridLaptop(tree);
+    EXPECT_EQ(buses(tree.root()), (std::vector<Bus>{{3, "HDMI-A-1", true},
+                                                    {6, "eDP-1", false},
+                                                    {8, "DP-2", true},
+                                                    {9, std::nullopt, true},
+                                                    {10, std::nullopt, true}}));
+}
+
+TEST(DisplayBusesTest, MissingAndMalformedTreesGiveWhatTheyCan) {
+    test::SysfsTree empty;
+    EXPECT_TRUE(buses(empty.root()).empty());
+    EXPECT_TRUE(buses(empty.root() / "nonexistent").empty());
+
+    test::SysfsTree odd;  // no DRM tree; junk links and names
+    odd.file("class/drm/card-DP-1/status", "connected\n");
+    odd.link("class/drm/cardX-DP-1/ddc", "../i2c-1");
+    odd.link("class/drm/card0-/ddc", "../i2c-2");
+    odd.link("class/drm/card0-DP-5/ddc", "../i2c-junk");
+    odd.link("class/drm/card0-DP-6/ddc", "../i2c-99999999999");
+    odd.file("class/drm/card0-DP-7/status", "connected\n");
+    odd.link("class/drm/card0-DP-7/ddc", "../i2c-12");  // a dangling link still names the bus
+    odd.adapter(4, "AMDGPU DM i2c hw bus 0", "pci0000:00/0000:00:08.1/0000:05:00.0");
+    odd.adapter(5, "i915 gmbus panel", "pci0000:00/0000:00:02.0");
+    odd.file("bus/i2c/devices/i2c-13/name", std::string(5000, 'x'));
+    odd.file("bus/i2c/devices/i2c-/name", "DPDDC-A\n");
+    EXPECT_EQ(
+        buses(odd.root()),
+        (std::vector<Bus>{{4, std::nullopt, true}, {5, std::nullopt, false}, {12, "DP-7", true}}));
+}
+
+TEST(LinuxAVServicesTest, EntriesNameTheirDisplaysAndKeepBusNumbersAsHandles) {
+    test::SysfsTree tree;
+    buildHybridLaptop(tree);
+    std::vector<std::string> asked;
+    LinuxAVServices services(
+        {.sysfsRoot = tree.root(),
+         .devRoot = kDefaultDevRoot,
+         .displayFor = [&](const std::string& connector) -> std::optional<DisplayID> {
+             asked.push_back(connector);
+             if (connector == "HDMI-A-1") return 7;
+             return std::nullopt;
+         },
+         .log = nullptr,
+         .devices = std::make_shared<test::FakeDevices>()});
+    std::vector<std::tuple<bool, std::optional<DisplayID>, std::uint64_t>> seen;
+    for (const auto& e : services.entries())
+        seen.emplace_back(e.external, e.display, e.handle);
+    EXPECT_EQ(seen, (decltype(seen){{true, 7, 3},
+                                    {false, std::nullopt, 6},
+                                    {true, std::nullopt, 8},
+                                    {true, std::nullopt, 9},
+                                    {true, std::nullopt, 10}}));
+    EXPECT_EQ(asked, (std::vector<std::string>{"HDMI-A-1", "eDP-1", "DP-2"}));
+}
+
+}  // namespace
+}  // namespace lumora::lx

@@ -1,0 +1,172 @@
+#include "LogindBus.h"
+
+#include <sys/prctl.h>
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusVariant>
+#include <QStandardPaths>
+#include <csignal>
+#include <thread>
+
+namespace lumora::test {
+
+namespace {
+
+const QString kService = QStringLiteral("org.freedesktop.login1");
+constexpr int kWaitMs = 5000;
+
+// QtDBus wants one application for the whole program, alive as long as any connection.
+void ensureApp() {
+    static int argc = 1;
+    static char name[] = "test_linux_logind";
+    static char* argv[] = {name, nullptr};
+    static auto* app = new QCoreApplication(argc, argv);
+    (void)app;
+}
+
+// Started so that it ends with the test program, even when that crashes.
+void start(QProcess& process, const QString& program, const QStringList& args) {
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    process.start(program, args);
+}
+
+void stop(QProcess& process) {
+    if (process.state() == QProcess::NotRunning) return;
+    process.terminate();
+    if (!process.waitForFinished(kWaitMs)) process.kill();
+    process.waitForFinished(kWaitMs);
+}
+
+}  // namespace
+
+std::string LogindBus::missing() {
+    ensureApp();
+    static const std::string why = [] {
+        if (QStandardPaths::findExecutable("dbus-daemon").isEmpty()) {
+            return "dbus-daemon is not installed";
+        }
+        QProcess probe;
+        probe.start("/usr/bin/python3", {"-c", "import dbusmock"});
+        const bool ok = probe.waitForFinished(kWaitMs) &&
+                        probe.exitStatus() == QProcess::NormalExit && probe.exitCode() == 0;
+        return ok ? "" : "python3-dbusmock is not installed for /usr/bin/python3";
+    }();
+    return why;
+}
+
+LogindBus::LogindBus(bool withLogind) {
+    ensureApp();
+    static int count = 0;
+    name_ = QStringLiteral("lumora-logind-test-%1").arg(++count);
+    start(daemon_, "dbus-daemon",
+          {"--session", "--nofork", "--print-address",
+           QString::fromStdString("--address=unix:dir=" + dir_.path().string())});
+    QByteArray address;
+    while (!address.contains('\n') && daemon_.waitForReadyRead(kWaitMs)) {
+        address += daemon_.readAllStandardOutput();
+    }
+    const QString bus = QString::fromUtf8(address.trimmed());
+    if (bus.isEmpty() || !QDBusConnection::connectToBus(bus, name_).isConnected()) {
+        failure = "no private bus: " + daemon_.errorString().toStdString();
+        return;
+    }
+    if (!withLogind) return;
+
+    // The template is for the system bus: here that is the private one.
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("DBUS_SYSTEM_BUS_ADDRESS", bus);
+    logind_.setProcessEnvironment(env);
+    logind_.setProcessChannelMode(QProcess::MergedChannels);
+    logind_.setStandardOutputFile(QString::fromStdString((dir_ / "logind.out").string()));
+    start(logind_, "/usr/bin/python3", {"-m", "dbusmock", "--template", "logind"});
+    const auto registered = [&] {
+        return QDBusConnection(name_).interface()->isServiceRegistered(kService).value();
+    };
+    if (!spinUntil([&] { return logind_.state() == QProcess::NotRunning || registered(); }) ||
+        !registered()) {
+        failure = "the logind mock did not start: " + readFile(dir_ / "logind.out");
+    }
+}
+
+LogindBus::~LogindBus() {
+    QDBusConnection::disconnectFromBus(name_);
+    stop(logind_);
+    stop(daemon_);
+}
+
+std::shared_ptr<lx::LogindClient> LogindBus::client(Lines& lines, std::string sessionId) const {
+    return std::make_shared<lx::LogindClient>(
+        QDBusConnection(name_), [&lines](const std::string& line) { lines.push_back(line); },
+        std::move(sessionId));
+}
+
+QDBusMessage LogindBus::call(const QString& path, const QString& method, const QVariantList& args,
+                             const QString& interface) const {
+    QDBusMessage message = QDBusMessage::createMethodCall(kService, path, interface, method);
+    message.setArguments(args);
+    QDBusMessage reply = QDBusConnection(name_).call(message);
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        ADD_FAILURE() << method.toStdString() << ": " << reply.errorMessage().toStdString();
+    }
+    return reply;
+}
+
+QString LogindBus::addSession(const QString& id) const {
+    return call(kLogindPath, "AddSession", {id, "seat0", 1000u, "user", true})
+        .arguments()
+        .value(0)
+        .toString();
+}
+
+// GetMethodCalls answers a(tav): (time, arguments) per call.
+Calls LogindBus::calls(const QString& path, const QString& method) const {
+    const auto all =
+        call(path, "GetMethodCalls", {method}).arguments().value(0).value<QDBusArgument>();
+    Calls result;
+    all.beginArray();
+    while (!all.atEnd()) {
+        qulonglong time = 0;
+        QVariantList args;
+        all.beginStructure();
+        all >> time >> args;
+        all.endStructure();
+        Lines& line = result.emplace_back();
+        for (const QVariant& arg : args) {
+            const bool wrapped = arg.userType() == qMetaTypeId<QDBusVariant>();
+            const QVariant value = wrapped ? arg.value<QDBusVariant>().variant() : arg;
+            line.push_back(value.toString().toStdString());
+        }
+    }
+    all.endArray();
+    return result;
+}
+
+bool LogindBus::inhibited() const {
+    const auto list = call(kLogindPath, "ListInhibitors", {}, kManager)
+                          .arguments()
+                          .value(0)
+                          .value<QDBusArgument>();
+    list.beginArray();
+    return !list.atEnd();
+}
+
+std::shared_ptr<lx::LogindClient> offlineClient(Lines& lines) {
+    ensureApp();
+    return std::make_shared<lx::LogindClient>(
+        QDBusConnection("lumora-no-bus"),
+        [&lines](const std::string& line) { lines.push_back(line); }, std::string());
+}
+
+bool spinUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+}  // namespace lumora::test

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QEventLoop>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "backends/linux/wayland/support/ServerProcess.h"
+
+namespace lumora::wltest {
+
+// QtDBus delivers signals through the event loop of a QCoreApplication.
+inline QCoreApplication& qtApplication() {
+    static int argc = 1;
+    static char name[] = "test_linux_mutter";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv);
+    return app;
+}
+
+// Runs the Qt event loop until the condition holds.
+inline bool processEventsUntil(const std::function<bool()>& condition, double seconds = 5.0) {
+    qtApplication();
+    return waitFor(
+        [&] {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            return condition();
+        },
+        seconds);
+}
+
+// One logical monitor as gdbus prints GetCurrentState: the independent witness.
+struct WitnessLogical {
+    int x = 0;
+    int y = 0;
+    bool primary = false;
+    std::vector<std::string> connectors;
+};
+
+// A private session bus with, on it: a headless Mutter with two 1920×1080 virtual monitors,
+// nothing, or the stand-in of fixtures/mutter_displayconfig.py (its JSON parameters given).
+class MutterSession {
+  public:
+    enum class Kind { mutter, emptyBus, standIn };
+
+    explicit MutterSession(Kind kind = Kind::mutter, const std::string& parameters = "{}") {
+        if (kind == Kind::standIn && std::system(kHasDbusmock) != 0) {
+            problem_ = "python3-dbusmock is not installed for /usr/bin/python3";
+            return;
+        }
+        for (const char* program : {"mutter", "dbus-daemon", "gdbus"}) {
+            if (!installed(program)) {
+                problem_ = std::string(program) +
+                           " is not installed (Debian packages mutter dbus-daemon "
+                           "libglib2.0-bin)";
+                return;
+            }
+        }
+        const auto& dir = dir_.path();
+        address_ = "unix:path=" + (dir / "bus").string();
+        dbus_.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
+                                               "--address=" + address_},
+                      std::vector<std::string>{}, dir / "dbus.log");
+        if (!waitFor([&] { return std::filesystem::exists(dir / "bus"); }, kStartSeconds)) {
+            problem_ = "dbus-daemon did not start";
+            return;
+        }
+        if (kind == Kind::emptyBus) return;
+        if (kind == Kind::standIn) {
+            mutter_.emplace(
+                std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
+                                         kStandIn, "--parameters", parameters},
+                std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + address_},
+                dir / "standin.log");
+        } else {
+            startMutter(dir);
+        }
+        if (!waitFor([this] { return !logicalMonitors().empty(); }, kStartSeconds))
+            problem_ = "the display service did not start; see the logs in " + dir.string();
+    }
+
+    void startMutter(const std::filesystem::path& dir) {
+        mutter_.emplace(
+            std::vector<std::string>{"mutter", "--headless", "--wayland", "--no-x11",
+                                     "--virtual-monitor", "1920x1080", "--virtual-monitor",
+                                     "1920x1080"},
+            std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + address_,
+                                     "XDG_RUNTIME_DIR=" + dir.string(), "HOME=" + dir.string(),
+                                     "XDG_CONFIG_HOME=" + (dir / "config").string(),
+                                     "-WAYLAND_DISPLAY", "-DISPLAY"},
+            dir / "mutter.log");
+    }
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+
+    // A connection of the test's own to the private bus.
+    QDBusConnection connect(const QString& name) const {
+        qtApplication();
+        return QDBusConnection::connectToBus(QString::fromStdString(address_), name);
+    }
+
+    std::string gdbus(const std::string& method, const std::string& args = "") const {
+        return commandOutput("DBUS_SESSION_BUS_ADDRESS='" + address_ +
+                             "' gdbus call --session --dest org.gnome.Mutter.DisplayConfig "
+                             "--object-path /org/gnome/Mutter/DisplayConfig --method " +
+                             method + " " + args + " 2>&1");
+    }
+
+    std::vector<WitnessLogical> logicalMonitors() const {
+        const std::string state = gdbus("org.gnome.Mutter.DisplayConfig.GetCurrentState");
+        static const std::regex logical(
+            R"(\((-?\d+), (-?\d+), [0-9.]+, (?:uint32 )?\d+, (true|false), \[((?:\('[^']*', '[^']*', '[^']*', '[^']*'\)(?:, )?)*)\])");
+        static const std::regex spec(R"(\('([^']*)', '[^']*', '[^']*', '[^']*'\))");
+        std::vector<WitnessLogical> result;
+        for (auto it = std::sregex_iterator(state.begin(), state.end(), logical);
+             it != std::sregex_iterator(); ++it) {
+            WitnessLogical lm{std::stoi((*it)[1]), std::stoi((*it)[2]), (*it)[3] == "true", {}};
+            const std::string specs = (*it)[4];
+            for (auto s = std::sregex_iterator(specs.begin(), specs.end(), spec);
+                 s != std::sregex_iterator(); ++s)
+                lm.connectors.push_back((*s)[1]);
+            result.push_back(lm);
+        }
+        return result;
+    }
+
+    std::optional<WitnessLogical> logicalOf(const std::string& connector) const {
+        for (const auto& lm : logicalMonitors()) {
+            for (const auto& c : lm.connectors) {
+                if (c == connector) return lm;
+            }
+        }
+        return std::nullopt;
+    }
+
+  private:
+    static constexpr double kStartSeconds = 10.0;
+    static constexpr const char* kHasDbusmock =
+        "/usr/bin/python3 -c 'import dbusmock' >/dev/null 2>&1";
+    static constexpr const char* kStandIn = LUMORA_WAYLAND_FIXTURES "/mutter_displayconfig.py";
+    TempDir dir_;
+    std::string address_;
+    std::optional<ChildProcess> dbus_;
+    std::optional<ChildProcess> mutter_;  // or its stand-in; stopped before the bus
+    std::string problem_;
+};
+
+}  // namespace lumora::wltest

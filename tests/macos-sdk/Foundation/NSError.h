@@ -1,0 +1,7 @@
+#pragma once
+
+#import <Foundation/NSObjCRuntime.h>
+
+@interface NSError : NSObject
+@property(readonly) NSInteger code;
+@end

@@ -1,0 +1,7 @@
+#pragma once
+
+#import <Foundation/NSObjCRuntime.h>
+
+@interface NSOperationQueue : NSObject
+@property(class, readonly, strong) NSOperationQueue* mainQueue;
+@end

@@ -1,0 +1,4 @@
+#pragma once
+
+#define kIOHIDPrimaryUsageKey "PrimaryUsage"
+#define kIOHIDPrimaryUsagePageKey "PrimaryUsagePage"

@@ -1,0 +1,3 @@
+#pragma once
+
+#import <ServiceManagement/SMAppService.h>
