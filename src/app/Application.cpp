@@ -11,6 +11,7 @@
 #include "AppDelegate.h"
 #include "PlatformChoice.h"
 #include "Preview.h"
+#include "UrlOpenEvents.h"
 #include "display/Displays.h"
 #include "display/Gamma.h"
 #include "log/Log.h"
@@ -102,6 +103,11 @@ int Application::run() {
         persistForExit();
         return *status;
     }
+    // The preview shows the panel only; the agent takes URLs the system opens with it.
+    UrlOpenEvents urls([this](const std::string& url) {
+        if (model_) model_->handleURL(url);
+    });
+    if (!cli_.preview) QCoreApplication::instance()->installEventFilter(&urls);
     const int status = QCoreApplication::exec();
     persistForExit();
     return status;

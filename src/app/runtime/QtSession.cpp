@@ -7,6 +7,9 @@
 #include <utility>
 
 #include "runtime/AutostartEntry.h"
+#if defined(__APPLE__)
+#include "MacLoginItem.h"
+#endif
 
 #ifndef LUMORA_VERSION
 #define LUMORA_VERSION ""
@@ -79,7 +82,7 @@ bool QtSession::launchAgentInstalled() const {
 
 bool QtSession::loginItemEnabled() const {
 #if defined(__APPLE__)
-    return false;  // the login item service belongs to the macOS backend
+    return mac::MacLoginItem(paths_.home, kBundleIdentifier).enabled();
 #else
     return fileExists(paths_.autostartFile) && !hiddenEntry(paths_.autostartFile);
 #endif
@@ -87,8 +90,7 @@ bool QtSession::loginItemEnabled() const {
 
 bool QtSession::setLoginItemEnabled(bool enabled) {
 #if defined(__APPLE__)
-    (void)enabled;
-    return false;  // the login item service belongs to the macOS backend
+    return mac::MacLoginItem(paths_.home, kBundleIdentifier).setEnabled(enabled);
 #else
     if (enabled) {
         return writeAtomically(paths_.autostartFile,

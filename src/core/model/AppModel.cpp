@@ -10,7 +10,6 @@ std::shared_ptr<AppModel> AppModel::create(AppPorts ports) {
 
 AppModel::AppModel(Passkey, AppPorts ports)
     : ports_(ports),
-      capabilities_(ports.platform.capabilities()),
       ddc_(DdcControl::create(
           DdcControl::Deps{ports.scheduler, ports.platform.displayServer(),
                            ports.platform.avServices(), ports.displays, ports.log},
@@ -68,7 +67,9 @@ void AppModel::start() {
     hotkeys_.onAction = [weak](ShortcutAction action) {
         if (auto self = weak.lock()) self->perform(action);
     };
-    hotkeys_.registerShortcuts(shortcuts_.get());
+    // Where the session offers no global keys, nothing is registered (and nothing is
+    // reported as taken by another application).
+    if (capabilities().globalKeys) hotkeys_.registerShortcuts(shortcuts_.get());
 
     mediaKeys_.onBrightness = [weak](bool up, bool fine) {
         auto self = weak.lock();
@@ -150,7 +151,7 @@ void AppModel::updateSleepInhibition() {
 
 void AppModel::updateMediaKeys() {
     accessibilityOK_.set(ports_.platform.input().isTrusted());
-    if (brightnessKeys_.get()) {
+    if (brightnessKeys_.get() && capabilities().brightnessKeyTap) {
         mediaKeys_.start();
     } else {
         mediaKeys_.stop();

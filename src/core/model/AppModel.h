@@ -112,7 +112,8 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     [[nodiscard]] const Signal& objectWillChange() const { return objectWillChange_; }
 
     [[nodiscard]] bool launchAgentInstalled() const { return launchAgentInstalled_; }
-    [[nodiscard]] Capabilities capabilities() const { return capabilities_; }
+    // Asked anew each time: some depend on the displays online (gamma on a compositor).
+    [[nodiscard]] Capabilities capabilities() const { return ports_.platform.capabilities(); }
 
     // Settings that persist and act at once. An equal lidConfig does nothing.
     void setLidConfig(const LidConfig& config);
@@ -199,7 +200,6 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     void performNow(ShortcutAction action, DisplayID display);
 
     AppPorts ports_;
-    Capabilities capabilities_;
     Signal objectWillChange_;  // before the published fields, which refer to it
 
     Published<std::vector<DisplayInfo>> displays_{{}, &objectWillChange_};

@@ -85,7 +85,7 @@ void AppModel::stopRecording() {
     // All steps every time: harmless when nothing was being recorded.
     recording_.set(std::nullopt);
     saveShortcuts(ports_.defaults, shortcuts_.get());
-    hotkeys_.registerShortcuts(shortcuts_.get());
+    if (capabilities().globalKeys) hotkeys_.registerShortcuts(shortcuts_.get());
 }
 
 bool AppModel::brightnessKeyPressed(bool up, bool fine) {

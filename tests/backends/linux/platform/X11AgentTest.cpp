@@ -3,6 +3,7 @@
 // xrandr is the independent witness of every change.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <csignal>
 
 #include "../edid/EdidBuilder.h"
@@ -27,11 +28,14 @@ class X11Agent : public X11Fixture {
     }
     std::map<std::string, std::string> env() const { return {{"DISPLAY", display()}}; }
     XrandrOutput side() { return xrandr(display()).outputs["DUMMY1"]; }
-    // The Brightness xrandr derives from DUMMY0's gamma ramps.
-    std::string brightness() {
+    // The Brightness xrandr derives from an output's gamma ramps.
+    double brightness(const std::string& output = "DUMMY0") {
         const std::string verbose = run({"xrandr", "--verbose"});
-        const auto at = verbose.find("Brightness: ");
-        return at == std::string::npos ? "" : verbose.substr(at + 12, 4);
+        const auto section = verbose.find(output + " connected");
+        const auto at = verbose.find("Brightness: ", section);
+        return section == std::string::npos || at == std::string::npos
+                   ? -1
+                   : std::stod(verbose.substr(at + 12));
     }
 
     Home home;
@@ -61,12 +65,25 @@ TEST_F(X11Agent, ListsTheOutputsAndEveryCommandReachesTheServer) {
     send("lumora://connect?display=side");
     EXPECT_EQ(side().geometry, "800x600" + at) << "back exactly where it was";
     send("lumora://dim?display=DUMMY0&value=50");
-    EXPECT_EQ(brightness(), "0.50");
+    EXPECT_NEAR(brightness(), 0.5, 0.01);
+
+    // The shortcut and the brightness key step the monitor under the pointer: DUMMY1 answers
+    // no DDC/CI, so it is dimmed in software.
+    const int sideX = std::stoi(at.substr(1));
+    run({"xdotool", "mousemove", std::to_string(sideX + 100), "300"});
+    run({"xdotool", "key", "ctrl+alt+super+Down"});
+    EXPECT_TRUE(eventually([&] { return std::abs(brightness("DUMMY1") - 0.9375) < 0.01; }))
+        << brightness("DUMMY1") << "\n"
+        << agent.output();
+    run({"xdotool", "key", "XF86MonBrightnessDown"});
+    EXPECT_TRUE(eventually([&] { return std::abs(brightness("DUMMY1") - 0.875) < 0.01; }))
+        << brightness("DUMMY1") << "\n"
+        << agent.output();
 
     send("lumora://disconnect?display=side");
     agent.signal(SIGTERM);
     EXPECT_EQ(agent.waitExit(), 0) << agent.output();
-    EXPECT_EQ(brightness(), "1.00");
+    EXPECT_NEAR(brightness(), 1.0, 0.01);
     EXPECT_EQ(side().geometry, "800x600" + at);
 }
 
