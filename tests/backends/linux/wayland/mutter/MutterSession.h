@@ -94,6 +94,9 @@ class MutterSession {
             dir / "mutter.log");
     }
     [[nodiscard]] const std::string& problem() const { return problem_; }
+    // For clients of the session: the bus address and the compositor's runtime folder.
+    [[nodiscard]] const std::string& address() const { return address_; }
+    [[nodiscard]] std::filesystem::path runtimeDir() const { return dir_.path(); }
 
     // A connection of the test's own to the private bus.
     QDBusConnection connect(const QString& name) const {

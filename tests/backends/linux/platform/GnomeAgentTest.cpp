@@ -1,0 +1,69 @@
+// The agent in a GNOME Wayland session (a real headless Mutter on a private bus): it finds
+// Mutter's display configuration, and its commands change what Mutter itself reports.
+#include <gtest/gtest.h>
+
+#include "app/AgentHarness.h"
+#include "backends/linux/wayland/mutter/MutterSession.h"
+
+namespace lumora::wltest {
+namespace {
+
+using lumora::test::contains;
+using lumora::test::eventually;
+using lumora::test::Home;
+
+TEST(GnomeAgent, ListsMutterAndItsStateFollowsTheCommands) {
+    MutterSession mutter;
+    if (!mutter.problem().empty()) GTEST_SKIP() << mutter.problem();
+    Home home;
+    const std::map<std::string, std::string> env{
+        {"WAYLAND_DISPLAY", (mutter.runtimeDir() / "wayland-0").string()},
+        {"DBUS_SESSION_BUS_ADDRESS", mutter.address()},
+        {"XDG_CURRENT_DESKTOP", "GNOME"}};
+    const auto list = lumora::test::runToEnd(home, {"--list"}, env);
+    EXPECT_TRUE(contains(list.output, "GNOME (Mutter DisplayConfig)")) << list.output;
+    EXPECT_TRUE(contains(list.output, "2 display(s)")) << list.output;
+
+    lumora::test::Process agent(home, {"--headless"}, env);
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); })) << agent.output();
+    auto send = [&](const std::string& url) {
+        const auto run = lumora::test::runToEnd(home, {url});
+        EXPECT_EQ(run.status, 0) << url << "\n" << run.output;
+    };
+    send("lumora://status");
+    const auto status = lumora::test::readJson(home.statusFile());
+    ASSERT_TRUE(status && (*status)["displays"].size() == 2u) << agent.output();
+    std::string other;
+    for (const auto& d : (*status)["displays"]) {
+        if (!d["main"].get<bool>()) other = std::to_string(d["id"].get<std::uint32_t>());
+    }
+    ASSERT_FALSE(other.empty());
+
+    auto primaryCount = [&] {
+        int primaries = 0;
+        for (const auto& lm : mutter.logicalMonitors())
+            primaries += lm.primary ? 1 : 0;
+        return primaries;
+    };
+    const auto before = mutter.logicalMonitors();
+    send("lumora://main?display=" + other);
+    const auto after = mutter.logicalMonitors();
+    ASSERT_EQ(after.size(), 2u);
+    EXPECT_EQ(primaryCount(), 1);
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        for (std::size_t j = 0; j < before.size(); ++j) {
+            if (after[i].connectors == before[j].connectors) {
+                EXPECT_NE(after[i].primary, before[j].primary) << "the primary moved";
+            }
+        }
+    }
+    send("lumora://disconnect?display=" + other);
+    EXPECT_EQ(mutter.logicalMonitors().size(), 1u);
+    send("lumora://connect?display=" + other);
+    EXPECT_EQ(mutter.logicalMonitors().size(), 2u);
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
+}  // namespace
+}  // namespace lumora::wltest
