@@ -10,6 +10,7 @@ packages=(
   # the real servers the tests start, and their witnesses
   xvfb xauth fonts-dejavu-core xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
   xdotool dbus-daemon python3-dbusmock python3-dbus mutter libglib2.0-bin sway util-linux
+  zsh groff-base
   # the macOS type check and the libc++ build of the core
   libc++-dev libc++abi-dev libc6-dev-arm64-cross
 )

@@ -5,10 +5,13 @@
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <thread>
 
 #include "Application.h"
+#include "CommandOutcome.h"
 #include "Preview.h"
 #include "Tray.h"
 #include "display/Displays.h"
@@ -20,6 +23,26 @@
 #include "runtime/SignalBridge.h"
 
 namespace lumora::app {
+
+namespace {
+
+// The status file as the model last wrote it; nothing when it cannot be read.
+std::optional<std::string> statusFileText(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (!in && !in.eof()) return std::nullopt;
+    return text.str();
+}
+
+// What the sender of a command learns: its outcome, and the status file when it asked for it.
+InstanceChannel::Answer answerFor(const CommandResult& result, bool withStatus,
+                                  const std::filesystem::path& statusFile) {
+    return {result, withStatus ? statusFileText(statusFile) : std::nullopt};
+}
+
+}  // namespace
 
 AppDelegate::AppDelegate(Application& app) : app_(app), connections_(std::make_unique<QObject>()) {}
 
@@ -40,10 +63,15 @@ std::optional<int> AppDelegate::launch() {
     channel_ = std::make_unique<InstanceChannel>(app_.paths().instanceSocket);
     // Requests are served from the event loop, which runs once the launch is over, so the
     // handler never meets a model that has not started.
-    const auto listening = channel_->listen([this](const std::string& url) {
-        // Runs to the end, status file included, before the channel answers the client.
-        app_.model().handleURL(url);
-    });
+    const auto listening = channel_->listen(
+        [this](const InstanceChannel::Request& request, InstanceChannel::Reply reply) {
+            // Answered once the command is finished, status file included.
+            auto done = [this, wantsStatus = request.wantsStatus,
+                         reply = std::move(reply)](const CommandResult& result) {
+                reply(answerFor(result, wantsStatus, app_.paths().statusFile));
+            };
+            app_.model().handleURL(request.url, std::move(done));
+        });
     if (listening == InstanceChannel::Listen::anotherInstance) return deferToRunningAgent();
     if (listening == InstanceChannel::Listen::failed) {
         app_.log().write("url: cannot listen on " + app_.paths().instanceSocket +
@@ -59,7 +87,15 @@ std::optional<int> AppDelegate::launch() {
                      connections_.get(), [this] { cleanUp(); });
     showTrayIcon();
 
-    if (const auto& url = app_.commandLine().url) app_.model().handleURL(*url);
+    if (const auto& url = app_.commandLine().url) {
+        // This process is the agent now: nobody waits for an exit status, so the outcome is
+        // only told.
+        const bool printStatus = app_.commandLine().printStatus;
+        app_.model().handleURL(*url, [this, printStatus](const CommandResult& result) {
+            (void)reportOutcome(answerFor(result, printStatus, app_.paths().statusFile),
+                                printStatus, std::cout, std::cerr);
+        });
+    }
     return std::nullopt;
 }
 
@@ -82,13 +118,13 @@ int AppDelegate::deferToRunningAgent() {
     }
     // The agent may hold the lock a moment before it listens.
     for (int attempt = 0; attempt < kHandOverAttempts; ++attempt) {
-        if (auto done = InstanceChannel::handOver(app_.paths().instanceSocket, *url)) {
-            if (*done) return 0;
-            break;
+        if (auto status = handOverCommand(app_.paths().instanceSocket, *url,
+                                          app_.commandLine().printStatus, std::cout, std::cerr)) {
+            return *status;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(kHandOverRetryMilliseconds));
     }
-    std::cerr << "lumora: the running Lumora did not carry out " << *url << "\n";
+    std::cerr << "lumora: the running Lumora did not take " << *url << "\n";
     return kHandOverFailed;
 }
 

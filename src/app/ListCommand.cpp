@@ -18,6 +18,7 @@ namespace {
 
 // Exit status when there is no machine to list.
 constexpr int kNoPlatform = 2;
+constexpr int kJsonIndent = 2;
 
 }  // namespace
 
@@ -33,14 +34,22 @@ int listDisplays(const CommandLine& cli) {
     MemoryDefaults defaults;  // the listing keeps nothing
     Displays displays(platform.displayServer(), defaults, log);
     Brightness brightness(platform.backlight());
-    std::cout << "Lumora — " << platform.name();
-    if (cli.simulate) {
-        std::cout << " ("
-                  << (cli.worldFile ? cli.worldFile->string() : std::string("built-in world"))
-                  << ")";
+    const auto document = listing(platform, displays, brightness, scheduler);
+    if (cli.json) {
+        // A name that is not UTF-8 (a monitor's garbage) is written with replacement characters.
+        std::cout << document.dump(kJsonIndent, ' ', false,
+                                   nlohmann::json::error_handler_t::replace)
+                  << "\n";
+    } else {
+        std::cout << "Lumora — " << platform.name();
+        if (cli.simulate) {
+            std::cout << " ("
+                      << (cli.worldFile ? cli.worldFile->string() : std::string("built-in world"))
+                      << ")";
+        }
+        std::cout << "\n";
+        printListing(std::cout, document);
     }
-    std::cout << "\n";
-    printListing(std::cout, platform, displays, brightness, scheduler);
     if (cli.stateFile) {
         platform.attach(log);
         platform.persist();

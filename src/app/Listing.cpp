@@ -14,52 +14,130 @@ namespace lumora::app {
 
 namespace {
 
+using nlohmann::json;
+
 // Read at start-up by the model too: the three controls the panel shows for every monitor.
 constexpr VCP kListedControls[] = {VCP::brightness, VCP::contrast, VCP::volume};
+// Backlight levels are floats: four decimals keep 0.8 from reading 0.800000011920929.
+constexpr double kLevelScale = 10'000.0;
+constexpr double kPercent = 100.0;
 
-std::string roles(const DisplayInfo& d) {
+struct CapabilityName {
+    bool Capabilities::*has;
+    const char* key;   // in the JSON document
+    const char* text;  // in the listing for people
+};
+
+constexpr CapabilityName kCapabilities[] = {
+    {&Capabilities::setMode, "setMode", "modes"},
+    {&Capabilities::setMain, "setMain", "main display"},
+    {&Capabilities::mirror, "mirror", "mirroring"},
+    {&Capabilities::enableDisable, "enableDisable", "switching off"},
+    {&Capabilities::gamma, "gamma", "software dimming"},
+    {&Capabilities::virtualDisplays, "virtualDisplays", "virtual displays"},
+    {&Capabilities::globalKeys, "globalKeys", "shortcuts"},
+    {&Capabilities::brightnessKeyTap, "brightnessKeyTap", "brightness keys"},
+    {&Capabilities::pointer, "pointer", "pointer"},
+    {&Capabilities::lidAngle, "lidAngle", "lid angle"},
+    {&Capabilities::lidSwitch, "lidSwitch", "lid switch"},
+    {&Capabilities::backlight, "backlight", "backlight"},
+    {&Capabilities::ddc, "ddc", "DDC/CI"},
+    {&Capabilities::displaySleep, "displaySleep", "display sleep"},
+    {&Capabilities::systemSleep, "systemSleep", "system sleep"},
+    {&Capabilities::idleInhibit, "idleInhibit", "idle inhibit"},
+};
+
+json modeJson(const DisplayMode& m) {
+    return {{"id", m.id},
+            {"width", m.width},
+            {"height", m.height},
+            {"pixelWidth", m.pixelWidth},
+            {"pixelHeight", m.pixelHeight},
+            {"refresh", m.refresh},
+            {"hidpi", m.hiDPI()},
+            {"label", m.label()}};
+}
+
+json ddcJson(DDCService& service) {
+    json controls = json::object();
+    for (VCP control : kListedControls) {
+        auto value = service.read(code(control));
+        controls[std::string(name(control))] =
+            value ? json{{"value", value->first}, {"max", value->second}} : json(nullptr);
+    }
+    return controls;
+}
+
+std::string roles(const json& d) {
     std::vector<std::string> words;
-    words.emplace_back(d.isBuiltin ? "built-in" : "external");
-    if (d.isMain) words.emplace_back("main");
-    if (d.isVirtual) words.emplace_back("virtual");
-    words.emplace_back(d.isOnline ? "online" : "offline");
-    if (d.isAsleep) words.emplace_back("asleep");
+    words.emplace_back(d["builtin"].get<bool>() ? "built-in" : "external");
+    if (d["main"].get<bool>()) words.emplace_back("main");
+    if (d["virtual"].get<bool>()) words.emplace_back("virtual");
+    words.emplace_back(d["online"].get<bool>() ? "online" : "offline");
+    if (d["asleep"].get<bool>()) words.emplace_back("asleep");
     std::string out;
     for (const auto& w : words)
         out += (out.empty() ? "" : ", ") + w;
     return out;
 }
 
-std::string capabilityList(const Capabilities& c) {
-    const std::pair<bool, const char*> all[] = {
-        {c.setMode, "modes"},
-        {c.setMain, "main display"},
-        {c.mirror, "mirroring"},
-        {c.enableDisable, "switching off"},
-        {c.gamma, "software dimming"},
-        {c.virtualDisplays, "virtual displays"},
-        {c.globalKeys, "shortcuts"},
-        {c.brightnessKeyTap, "brightness keys"},
-        {c.pointer, "pointer"},
-        {c.lidAngle, "lid angle"},
-        {c.lidSwitch, "lid switch"},
-        {c.backlight, "backlight"},
-        {c.ddc, "DDC/CI"},
-        {c.displaySleep, "display sleep"},
-        {c.systemSleep, "system sleep"},
-        {c.idleInhibit, "idle inhibit"},
-    };
+std::string capabilityList(const json& capabilities) {
     std::string out;
-    for (const auto& [has, name] : all) {
-        if (has) out += (out.empty() ? "" : ", ") + std::string(name);
+    for (const CapabilityName& c : kCapabilities) {
+        if (capabilities.value(c.key, false))
+            out += (out.empty() ? "" : ", ") + std::string(c.text);
     }
     return out.empty() ? "none" : out;
 }
 
+void printDisplay(std::ostream& out, const json& d) {
+    out << "\ndisplay " << d["id"] << " \"" << d["name"].get<std::string>() << "\" (" << roles(d)
+        << ")\n";
+    out << "  vendor " << d["vendor"] << ", model " << d["model"] << ", serial " << d["serial"]
+        << ", rotation " << d["rotation"] << "\n";
+    const json& current = d["mode"];
+    out << "  mode: " << (current.is_null() ? "none" : current["label"].get<std::string>()) << "\n";
+    const bool online = d["online"].get<bool>();
+    if (online) {
+        out << "  modes (" << d["modes"].size() << "):\n";
+        for (const json& m : d["modes"]) {
+            // The mode number and exact refresh tell apart modes whose labels agree.
+            const bool isCurrent = !current.is_null() && current["id"] == m["id"];
+            out << "    " << (isCurrent ? "* " : "  ") << m["label"].get<std::string>()
+                << "  [mode " << m["id"] << ", " << m["pixelWidth"] << "×" << m["pixelHeight"]
+                << " px, " << m["refresh"].get<double>() << " Hz]\n";
+        }
+    }
+    const bool builtin = d["builtin"].get<bool>();
+    if (builtin && online) {
+        if (d["backlight"].is_null()) {
+            out << "  backlight: not readable\n";
+        } else {
+            out << "  backlight: " << std::lround(d["backlight"].get<double>() * kPercent)
+                << " %\n";
+        }
+    }
+    if (builtin || d["virtual"].get<bool>() || !online) return;
+    if (d["ddc"].is_null()) {
+        out << "  DDC/CI: no channel\n";
+        return;
+    }
+    out << "  DDC/CI:";
+    for (VCP control : kListedControls) {
+        const json& value = d["ddc"][std::string(name(control))];
+        out << " " << name(control) << " ";
+        if (value.is_null()) {
+            out << "no answer";
+        } else {
+            out << value["value"] << "/" << value["max"];
+        }
+    }
+    out << "\n";
+}
+
 }  // namespace
 
-void printListing(std::ostream& out, Platform& platform, Displays& displays, Brightness& brightness,
-                  Sleeper& sleeper) {
+json listing(Platform& platform, Displays& displays, Brightness& brightness, Sleeper& sleeper) {
     const auto list = displays.list();
     std::vector<DisplayID> candidates;
     for (const auto& d : list) {
@@ -68,47 +146,52 @@ void printListing(std::ostream& out, Platform& platform, Displays& displays, Bri
     auto services = DDC::services(platform.avServices(), sleeper,
                                   DDC::targets(platform.displayServer(), candidates));
 
-    out << "can: " << capabilityList(platform.capabilities()) << "\n";
-    out << list.size() << " display(s)\n";
+    json capabilities = json::object();
+    const Capabilities can = platform.capabilities();
+    for (const CapabilityName& c : kCapabilities)
+        capabilities[c.key] = can.*(c.has);
+
+    json all = json::array();
     for (const auto& d : list) {
-        out << "\ndisplay " << d.id << " \"" << d.name << "\" (" << roles(d) << ")\n";
-        out << "  vendor " << d.vendor << ", model " << d.model << ", serial " << d.serial
-            << ", rotation " << d.rotation << "\n";
-        out << "  mode: " << (d.mode ? d.mode->label() : std::string("none")) << "\n";
+        json modes = json::array();
         if (d.isOnline) {
-            const auto modes = displays.modes(d.id);
-            out << "  modes (" << modes.size() << "):\n";
-            for (const auto& m : modes) {
-                // The mode number and exact refresh tell apart modes whose labels agree.
-                out << "    " << (d.mode && d.mode->id == m.id ? "* " : "  ") << m.label()
-                    << "  [mode " << m.id << ", " << m.pixelWidth << "×" << m.pixelHeight << " px, "
-                    << m.refresh << " Hz]\n";
-            }
+            for (const auto& m : displays.modes(d.id))
+                modes.push_back(modeJson(m));
         }
+        json backlight = nullptr;
         if (d.isBuiltin && d.isOnline) {
             if (auto level = brightness.builtin(d.id)) {
-                out << "  backlight: " << std::lround(*level * 100.0f) << " %\n";
-            } else {
-                out << "  backlight: not readable\n";
+                backlight = std::round(static_cast<double>(*level) * kLevelScale) / kLevelScale;
             }
         }
-        if (d.isBuiltin || d.isVirtual || !d.isOnline) continue;
-        auto it = services.find(d.id);
-        if (it == services.end()) {
-            out << "  DDC/CI: no channel\n";
-            continue;
-        }
-        out << "  DDC/CI:";
-        for (VCP control : kListedControls) {
-            out << " " << name(control) << " ";
-            if (auto value = it->second->read(code(control))) {
-                out << value->first << "/" << value->second;
-            } else {
-                out << "no answer";
-            }
-        }
-        out << "\n";
+        json ddc = nullptr;
+        if (auto it = services.find(d.id); it != services.end()) ddc = ddcJson(*it->second);
+        all.push_back({{"id", d.id},
+                       {"name", d.name},
+                       {"builtin", d.isBuiltin},
+                       {"main", d.isMain},
+                       {"virtual", d.isVirtual},
+                       {"online", d.isOnline},
+                       {"asleep", d.isAsleep},
+                       {"vendor", d.vendor},
+                       {"model", d.model},
+                       {"serial", d.serial},
+                       {"rotation", d.rotation},
+                       {"mode", d.mode ? modeJson(*d.mode) : json(nullptr)},
+                       {"modes", std::move(modes)},
+                       {"backlight", backlight},
+                       {"ddc", std::move(ddc)}});
     }
+    return {{"platform", platform.name()},
+            {"capabilities", std::move(capabilities)},
+            {"displays", std::move(all)}};
+}
+
+void printListing(std::ostream& out, const json& listing) {
+    out << "can: " << capabilityList(listing["capabilities"]) << "\n";
+    out << listing["displays"].size() << " display(s)\n";
+    for (const json& d : listing["displays"])
+        printDisplay(out, d);
 }
 
 }  // namespace lumora::app

@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "AppDelegate.h"
 #include "Application.h"
 #include "CommandLine.h"
+#include "CommandOutcome.h"
 #include "FrontEnd.h"
 #include "ListCommand.h"
 #include "runtime/AppPaths.h"
-#include "runtime/InstanceChannel.h"
+#include "runtime/QtSession.h"
 
 namespace {
 
@@ -34,19 +34,26 @@ std::optional<std::string> environmentVariable(const std::string& name) {
 
 int main(int argc, char** argv) {
     const auto cli = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    const auto paths = app::AppPaths::fromEnvironment(environmentVariable, getuid());
+    if (cli.help) {
+        std::cout << app::helpText();
+        return 0;
+    }
+    if (cli.version) {
+        std::cout << "Lumora " << app::QtSession(paths, {}).version() << "\n";
+        return 0;
+    }
     if (!cli.error.empty()) {
         std::cerr << "lumora: " << cli.error << "\n" << app::kUsage << "\n";
         return kUsageError;
     }
 
-    // A URL for the agent of this user goes straight to it: nothing else needs building.
+    // A command for the agent of this user goes straight to it: nothing else needs building.
     const bool showsPanelOnly = cli.preview || cli.renderPanel;
-    if (cli.url && !cli.list && !showsPanelOnly) {
-        const auto paths = app::AppPaths::fromEnvironment(environmentVariable, getuid());
-        if (auto done = app::InstanceChannel::handOver(paths.instanceSocket, *cli.url)) {
-            if (*done) return 0;
-            std::cerr << "lumora: the running Lumora did not carry out " << *cli.url << "\n";
-            return app::AppDelegate::kHandOverFailed;
+    if (cli.url && !showsPanelOnly) {
+        if (auto status = app::handOverCommand(paths.instanceSocket, *cli.url, cli.printStatus,
+                                               std::cout, std::cerr)) {
+            return *status;
         }
     }
 

@@ -72,14 +72,24 @@ TEST(HandOverBlackBox, UrlGivenToTheFirstInstanceIsHandledOnceItRuns) {
     })) << readFile(home.logFile());
 }
 
-TEST(HandOverBlackBox, UrlWithoutAgentOrSimulatorSaysThereIsNoBackend) {
+// With no agent running, a command starts one: it cannot hand back an exit status, so it says
+// why the command did nothing, and then serves the commands that follow.
+TEST(HandOverBlackBox, ShortCommandWithoutAgentStartsOneThatSaysWhyItDidNothing) {
     Home home;
-    auto run = runToEnd(home, {"lumora://status"});
-    EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.output,
-              "lumora: this build has no backend for this platform's displays yet; run it with "
-              "--simulate\n");
-    EXPECT_FALSE(std::filesystem::exists(home.statusFile()));
+    Agent agent(home, {"--print-status", "dim", "nosuch"});
+    ASSERT_TRUE(agent.ready()) << agent.process().output();
+    EXPECT_TRUE(eventually([&] {
+        return contains(agent.process().output(), "lumora: display not found: nosuch\n");
+    })) << agent.process().output();
+    EXPECT_TRUE(eventually([&] { return contains(agent.process().output(), "\"displays\": ["); }))
+        << agent.process().output();
+    EXPECT_TRUE(contains(readFile(home.logFile()), "url: dim [\"display\": \"nosuch\"]\n"));
+
+    EXPECT_TRUE(agent.send("lumora://brightness?display=office&value=30"));
+    auto status = readJson(home.statusFile());
+    ASSERT_TRUE(status);
+    EXPECT_DOUBLE_EQ(brightnessOf(*status, 2), 0.3);
+    EXPECT_TRUE(agent.process().alive());
 }
 
 }  // namespace

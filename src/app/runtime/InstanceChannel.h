@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "model/CommandResult.h"
+
 class QLocalServer;
 class QLocalSocket;
 
@@ -17,17 +19,35 @@ namespace lumora::app {
 // The agent holds an exclusive lock on "<socket>.lock" for its whole life (the kernel drops it
 // when the process dies, so a crash never blocks the next start) and listens on a local socket
 // that only its own user may open; a connection from another user is dropped at once.
-// Requests are lines: "url <URL>\n" runs the URL command on the main thread, to the end, then
-// answers "done\n"; "ping\n" answers "pong\n".
+// Requests are lines, answered in order:
+//   "url <URL>\n"         runs the URL command on the main thread, to the end (status file
+//                          included), then answers "done\n", or "nothing <why>\n" when the
+//                          command did nothing;
+//   "url-status <URL>\n"  the same, then "status <N>\n" and the N bytes of the status file,
+//                          or "status none\n" when there is none to send;
+//   "ping\n"              answers "pong\n".
+// Anything else answers "error\n".
 class InstanceChannel {
   public:
-    using UrlHandler = std::function<void(const std::string& url)>;
+    struct Request {
+        std::string url;
+        bool wantsStatus = false;  // the sender wants the status file after the command
+    };
+    struct Answer {
+        CommandResult result;
+        std::optional<std::string> status;  // the status file, when asked for and readable
+    };
+    // Call it once, when the command is finished (at once or later).
+    using Reply = std::function<void(Answer)>;
+    using UrlHandler = std::function<void(const Request& request, Reply reply)>;
 
     // A URL command may wait for monitors and refreshes: the client waits generously.
     static constexpr std::chrono::milliseconds kHandOverTimeout{60'000};
     static constexpr std::chrono::milliseconds kPingTimeout{2'000};
     // No request line is longer; a peer that sends more is dropped.
     static constexpr std::size_t kMaxLineBytes = 64 * 1024;
+    // A status file lists a few displays in a few kilobytes; more is not one of ours.
+    static constexpr std::size_t kMaxStatusBytes = 1024 * 1024;
 
     enum class Listen {
         listening,        // this process is the agent
@@ -48,10 +68,12 @@ class InstanceChannel {
     [[nodiscard]] const std::string& socketPath() const { return path_; }
 
     // Client side, blocking; usable from any thread and before the Qt application exists.
-    // Nothing when no agent of this user listens (start as the agent); true once the agent
-    // has carried the command out; false when it did not answer "done" in time.
-    static std::optional<bool> handOver(const std::string& socketPath, const std::string& url,
-                                        std::chrono::milliseconds timeout = kHandOverTimeout);
+    // Nothing when no agent of this user listens (start as the agent); otherwise the agent's
+    // answer once the command is finished, and a result that is not carried out when the
+    // agent did not answer in time or the URL cannot be sent.
+    static std::optional<Answer> handOver(const std::string& socketPath, const std::string& url,
+                                          bool wantsStatus = false,
+                                          std::chrono::milliseconds timeout = kHandOverTimeout);
     // Whether an agent of this user answers.
     static bool ping(const std::string& socketPath,
                      std::chrono::milliseconds timeout = kPingTimeout);
@@ -59,7 +81,8 @@ class InstanceChannel {
   private:
     void acceptConnections();
     void serve(QLocalSocket* socket);
-    [[nodiscard]] std::string answer(const std::string& request);
+    // Answers one request line; false while the answer is still to come.
+    bool handle(QLocalSocket* socket, const std::string& request);
 
     std::string path_;
     UrlHandler handler_;

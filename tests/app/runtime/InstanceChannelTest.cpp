@@ -6,7 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QTimer>
 #include <cstring>
+#include <map>
 #include <optional>
 #include <string>
 #include <thread>
@@ -60,42 +62,50 @@ std::string rawExchange(const std::string& path, const std::string& bytes,
 
 class InstanceChannelTest : public test::QtAppTest {
   protected:
+    using Answer = InstanceChannel::Answer;
     test::TempDir runtimeDir;  // stands for XDG_RUNTIME_DIR
     std::string socket = (runtimeDir / "lumora.socket").string();
 };
+
+// A handler that carries nothing out: for tests about everything but commands.
+void ignore(const InstanceChannel::Request&, const InstanceChannel::Reply&) {}
 
 TEST_F(InstanceChannelTest, TheSecondStartFindsTheAgentAndWaitsUntilItsCommandIsDone) {
     const fs::path status = runtimeDir / "status.json";
     std::vector<std::string> handled;
     InstanceChannel agent(socket);
-    ASSERT_EQ(agent.listen([&](const std::string& url) {
-        handled.push_back(url);
+    ASSERT_EQ(agent.listen([&](const InstanceChannel::Request& request,
+                               const InstanceChannel::Reply& reply) {
+        handled.push_back(request.url);
         std::this_thread::sleep_for(50ms);  // a command that takes a while
         test::writeFile(status, "{\"ok\": true}");
+        reply({CommandResult::done(), std::nullopt});
     }),
               InstanceChannel::Listen::listening);
 
     InstanceChannel second(socket);
-    EXPECT_EQ(second.listen([](const std::string&) {}), InstanceChannel::Listen::anotherInstance);
+    EXPECT_EQ(second.listen(ignore), InstanceChannel::Listen::anotherInstance);
 
     struct Outcome {
-        std::optional<bool> result;
+        std::optional<Answer> answer;
         bool statusWritten = false;
     };
     Outcome outcome = onWorker([&] {
         Outcome o;
-        o.result = InstanceChannel::handOver(socket, kUrl);
+        o.answer = InstanceChannel::handOver(socket, kUrl);
         o.statusWritten = fs::exists(status);  // looked at the moment handOver returns
         return o;
     });
-    EXPECT_EQ(outcome.result, std::optional<bool>(true));
+    ASSERT_TRUE(outcome.answer);
+    EXPECT_EQ(outcome.answer->result, CommandResult::done());
+    EXPECT_EQ(outcome.answer->status, std::nullopt);
     EXPECT_TRUE(outcome.statusWritten);
     EXPECT_EQ(handled, std::vector<std::string>{kUrl});
     EXPECT_TRUE(onWorker([&] { return InstanceChannel::ping(socket); }));
 }
 
 TEST_F(InstanceChannelTest, NobodyListeningMeansStartAsTheAgent) {
-    EXPECT_EQ(InstanceChannel::handOver(socket, kUrl, 200ms), std::nullopt);
+    EXPECT_EQ(InstanceChannel::handOver(socket, kUrl, false, 200ms), std::nullopt);
     EXPECT_FALSE(InstanceChannel::ping(socket, 200ms));
 }
 
@@ -108,47 +118,124 @@ TEST_F(InstanceChannelTest, ASocketLeftByACrashedAgentDoesNotBlockTheNextStart) 
         ::close(fd);  // dies without cleaning up
     }
     ASSERT_TRUE(fs::exists(socket));
-    EXPECT_EQ(InstanceChannel::handOver(socket, kUrl, 200ms), std::nullopt);
+    EXPECT_EQ(InstanceChannel::handOver(socket, kUrl, false, 200ms), std::nullopt);
 
     InstanceChannel agent(socket);
-    ASSERT_EQ(agent.listen([](const std::string&) {}), InstanceChannel::Listen::listening);
+    ASSERT_EQ(agent.listen(ignore), InstanceChannel::Listen::listening);
     EXPECT_TRUE(onWorker([&] { return InstanceChannel::ping(socket); }));
 }
 
-TEST_F(InstanceChannelTest, RequestsAreLinesAndGarbageIsRefused) {
-    std::vector<std::string> handled;
+// The answers on the wire, byte for byte, and what the client makes of them.
+TEST_F(InstanceChannelTest, TheOutcomeAndTheStatusFileTravelBack) {
+    const std::string status = "{\n  \"lid\": \"open\"\n}";
+    std::map<std::string, Answer> answers = {
+        {"lumora://ok", {CommandResult::done(), status}},
+        {"lumora://tv", {CommandResult::nothing("display not found: t\nv\x01"), status}},
+        {"lumora://gone", {CommandResult::nothing(""), std::nullopt}},
+    };
+    std::vector<InstanceChannel::Request> requests;
     InstanceChannel agent(socket);
-    ASSERT_EQ(agent.listen([&](const std::string& url) { handled.push_back(url); }),
+    ASSERT_EQ(agent.listen([&](const InstanceChannel::Request& request,
+                               const InstanceChannel::Reply& reply) {
+        requests.push_back(request);
+        reply(answers.at(request.url));
+    }),
               InstanceChannel::Listen::listening);
 
+    const std::string expected = "done\nstatus " + std::to_string(status.size()) + "\n" + status +
+                                 "nothing display not found: t\\nv\\x01\n"
+                                 "nothing \nstatus none\n"
+                                 "done\n";
     EXPECT_EQ(onWorker([&] {
-                  return rawExchange(socket, "ping\r\nbogus\nurl lumora://status\n", 5s, 16);
+                  return rawExchange(socket,
+                                     "url-status lumora://ok\nurl lumora://tv\n"
+                                     "url-status lumora://gone\nurl lumora://ok\n",
+                                     5s, expected.size());
               }),
-              "pong\nerror\ndone\n");
-    EXPECT_EQ(handled, std::vector<std::string>{"lumora://status"});
+              expected);
+    ASSERT_EQ(requests.size(), 4u);
+    EXPECT_TRUE(requests[0].wantsStatus);
+    EXPECT_FALSE(requests[1].wantsStatus);
+
+    const struct {
+        std::string url;
+        bool wantsStatus;
+        CommandResult result;
+        std::optional<std::string> status;
+    } cases[] = {
+        {"lumora://ok", true, CommandResult::done(), status},
+        {"lumora://ok", false, CommandResult::done(), std::nullopt},
+        {"lumora://tv", true, CommandResult::nothing("display not found: t\\nv\\x01"), status},
+        {"lumora://gone", true, CommandResult::nothing("the command did nothing"), std::nullopt},
+    };
+    for (const auto& c : cases) {
+        auto answer =
+            onWorker([&] { return InstanceChannel::handOver(socket, c.url, c.wantsStatus); });
+        ASSERT_TRUE(answer) << c.url;
+        EXPECT_EQ(answer->result, c.result) << c.url;
+        EXPECT_EQ(answer->status, c.status) << c.url;
+    }
+}
+
+TEST_F(InstanceChannelTest, RequestsAreLinesAnsweredInOrderAndGarbageIsRefused) {
+    std::vector<std::string> handled;
+    InstanceChannel::Reply later;
+    InstanceChannel agent(socket);
+    ASSERT_EQ(
+        agent.listen([&](const InstanceChannel::Request& request, InstanceChannel::Reply reply) {
+            handled.push_back(request.url);
+            // The first command finishes later (it waits for a monitor, say).
+            if (handled.size() == 1) {
+                later = std::move(reply);
+                QTimer::singleShot(100ms, [&] { later({CommandResult::done(), std::nullopt}); });
+            } else {
+                reply({CommandResult::nothing("no"), std::nullopt});
+            }
+        }),
+        InstanceChannel::Listen::listening);
+
+    const std::string expected = "done\npong\nerror\nnothing no\n";
+    EXPECT_EQ(onWorker([&] {
+                  return rawExchange(socket, "url lumora://a\nping\r\nbogus\nurl lumora://b\n", 5s,
+                                     expected.size());
+              }),
+              expected);
+    EXPECT_EQ(handled, (std::vector<std::string>{"lumora://a", "lumora://b"}));
 
     // A line longer than any request: the connection is dropped, the agent goes on.
     const std::string flood(InstanceChannel::kMaxLineBytes + 100, 'x');
     EXPECT_EQ(onWorker([&] { return rawExchange(socket, flood, 5s, 1); }), "<closed>");
     EXPECT_TRUE(onWorker([&] { return InstanceChannel::ping(socket); }));
-    EXPECT_EQ(handled.size(), 1u);
+    EXPECT_EQ(handled.size(), 2u);
 }
 
-TEST_F(InstanceChannelTest, AnAgentThatDoesNotFinishInTimeIsNotDone) {
+TEST_F(InstanceChannelTest, AnAgentThatDoesNotFinishInTimeDidNothingForTheClient) {
+    bool answeredLate = false;
     InstanceChannel agent(socket);
-    ASSERT_EQ(agent.listen([](const std::string&) { std::this_thread::sleep_for(300ms); }),
+    ASSERT_EQ(agent.listen([&](const InstanceChannel::Request&, InstanceChannel::Reply reply) {
+        // Answers after the client has given up and gone.
+        QTimer::singleShot(300ms, [&answeredLate, reply = std::move(reply)] {
+            reply({CommandResult::done(), std::nullopt});
+            answeredLate = true;
+        });
+    }),
               InstanceChannel::Listen::listening);
-    EXPECT_EQ(onWorker([&] { return InstanceChannel::handOver(socket, kUrl, 50ms); }),
-              std::optional<bool>(false));
+    auto late = onWorker([&] { return InstanceChannel::handOver(socket, kUrl, false, 50ms); });
+    ASSERT_TRUE(late);
+    EXPECT_EQ(late->result, CommandResult::nothing("the running Lumora gave no answer in time"));
+    EXPECT_TRUE(spinUntil([&] { return answeredLate; }));
+    EXPECT_TRUE(onWorker([&] { return InstanceChannel::ping(socket); }));
+
     // A URL that would split into two requests is never sent.
-    EXPECT_EQ(onWorker([&] { return InstanceChannel::handOver(socket, "lumora://a\nping"); }),
-              std::optional<bool>(false));
+    auto split = onWorker([&] { return InstanceChannel::handOver(socket, "lumora://a\nping"); });
+    ASSERT_TRUE(split);
+    EXPECT_EQ(split->result, CommandResult::nothing("a command URL cannot contain a line break"));
 }
 
 TEST_F(InstanceChannelTest, AStoppedAgentLeavesNothingBehind) {
     {
         InstanceChannel agent(socket);
-        ASSERT_EQ(agent.listen([](const std::string&) {}), InstanceChannel::Listen::listening);
+        ASSERT_EQ(agent.listen(ignore), InstanceChannel::Listen::listening);
         ASSERT_TRUE(fs::exists(socket));
         struct stat info {};
         ASSERT_EQ(::stat(socket.c_str(), &info), 0);
@@ -157,13 +244,13 @@ TEST_F(InstanceChannelTest, AStoppedAgentLeavesNothingBehind) {
     EXPECT_FALSE(fs::exists(socket));
     EXPECT_FALSE(InstanceChannel::ping(socket, 200ms));
     InstanceChannel next(socket);
-    EXPECT_EQ(next.listen([](const std::string&) {}), InstanceChannel::Listen::listening);
+    EXPECT_EQ(next.listen(ignore), InstanceChannel::Listen::listening);
 }
 
 TEST_F(InstanceChannelTest, AnotherUsersConnectionIsDroppedUnanswered) {
     if (::geteuid() != 0) GTEST_SKIP() << "needs root to connect as another user";
     InstanceChannel agent(socket);
-    ASSERT_EQ(agent.listen([](const std::string&) {}), InstanceChannel::Listen::listening);
+    ASSERT_EQ(agent.listen(ignore), InstanceChannel::Listen::listening);
     // Let the stranger reach the socket at all; the agent must still refuse it.
     ASSERT_EQ(::chmod(socket.c_str(), 0777), 0);
     ASSERT_EQ(::chmod(runtimeDir.path().c_str(), 0755), 0);

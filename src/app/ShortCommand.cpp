@@ -1,0 +1,186 @@
+#include "ShortCommand.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace lumora::app {
+
+namespace {
+
+// How one word after the command becomes query items.
+enum class Place {
+    item,      // the word is the value of `key`
+    size,      // WIDTHxHEIGHT: "width" and "height"
+    sizeRate,  // WIDTHxHEIGHT@HZ, the refresh optional: also "hz"
+    density,   // "hidpi" or "lodpi" (any other word is taken as it is) for "hidpi"
+};
+
+struct Slot {
+    std::string_view shown;  // in the synopsis
+    Place place;
+    std::string_view key;  // for Place::item
+};
+
+constexpr Slot kDisplay{"DISPLAY", Place::item, "display"};
+constexpr Slot kValue{"VALUE", Place::item, "value"};
+constexpr Slot kOn{"on|off", Place::item, "on"};
+constexpr Slot kDensity{"hidpi|lodpi", Place::density, "hidpi"};
+constexpr std::size_t kMostSlots = 3;
+
+struct Grammar {
+    std::string_view command;
+    std::array<std::optional<Slot>, kMostSlots> slots;
+};
+
+const Grammar kGrammars[] = {
+    {"hidpi", {kDisplay, kOn}},
+    {"brightness", {kDisplay, kValue}},
+    {"brightness-up", {kDisplay}},
+    {"brightness-down", {kDisplay}},
+    {"connect", {kDisplay, kOn}},
+    {"disconnect", {kDisplay}},
+    {"main", {kDisplay}},
+    {"mode", {kDisplay, Slot{"WIDTHxHEIGHT[@HZ]", Place::sizeRate, {}}, kDensity}},
+    {"dim", {kDisplay, kValue}},
+    {"ddc", {kDisplay, Slot{"VCP", Place::item, "vcp"}, kValue}},
+    {"sleep-displays", {}},
+    {"virtual",
+     {Slot{"WIDTHxHEIGHT", Place::size, {}}, Slot{"NAME", Place::item, "name"}, kDensity}},
+    {"status", {}},
+};
+
+// The multiplication sign reads as well as an "x" between the sides.
+constexpr std::string_view kTimes = "\u00D7";
+
+using Items = std::vector<std::pair<std::string, std::string>>;
+
+const Grammar* grammarOf(std::string_view command) {
+    for (const Grammar& g : kGrammars) {
+        if (g.command == command) return &g;
+    }
+    return nullptr;
+}
+
+bool knowsKey(const Grammar& grammar, std::string_view key) {
+    for (const auto& slot : grammar.slots) {
+        if (!slot) continue;
+        switch (slot->place) {
+            case Place::item:
+            case Place::density:
+                if (slot->key == key) return true;
+                break;
+            case Place::sizeRate:
+                if (key == "hz") return true;
+                [[fallthrough]];
+            case Place::size:
+                if (key == "width" || key == "height") return true;
+                break;
+        }
+    }
+    return false;
+}
+
+// A text the agent would refuse stays as it is, so that its answer names what was wrong.
+void addSize(Items& items, std::string_view word, bool withRate) {
+    std::size_t cut = word.find('x');
+    std::size_t skip = 1;
+    if (cut == std::string_view::npos) cut = word.find('X');
+    if (cut == std::string_view::npos) {
+        cut = word.find(kTimes);
+        skip = kTimes.size();
+    }
+    if (cut == std::string_view::npos) {
+        items.emplace_back("width", std::string(word));
+        return;
+    }
+    items.emplace_back("width", std::string(word.substr(0, cut)));
+    std::string_view rest = word.substr(cut + skip);
+    const std::size_t at = withRate ? rest.find('@') : std::string_view::npos;
+    items.emplace_back("height", std::string(rest.substr(0, at)));
+    if (at != std::string_view::npos) items.emplace_back("hz", std::string(rest.substr(at + 1)));
+}
+
+void addSlot(Items& items, const Slot& slot, const std::string& word) {
+    switch (slot.place) {
+        case Place::item:
+            items.emplace_back(slot.key, word);
+            break;
+        case Place::size:
+        case Place::sizeRate:
+            addSize(items, word, slot.place == Place::sizeRate);
+            break;
+        case Place::density:
+            items.emplace_back(slot.key, word == "hidpi" ? "1" : word == "lodpi" ? "0" : word);
+            break;
+    }
+}
+
+// Everything but the unreserved characters, so any display name survives the URL.
+std::string percentEncoded(std::string_view text) {
+    constexpr std::string_view kHex = "0123456789ABCDEF";
+    std::string out;
+    for (char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                           (byte >= '0' && byte <= '9') || c == '-' || c == '.' || c == '_' ||
+                           c == '~';
+        if (plain) {
+            out += c;
+        } else {
+            out += '%';
+            out += kHex[byte >> 4];
+            out += kHex[byte & 0x0F];
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+ShortCommand shortCommandUrl(const std::vector<std::string>& words) {
+    ShortCommand out;
+    if (words.empty() || words.front().empty()) {
+        out.error = "no command";
+        return out;
+    }
+    const std::string& command = words.front();
+    out.url = "lumora://" + percentEncoded(command);
+    const Grammar* grammar = grammarOf(command);
+    if (!grammar) return out;  // the agent refuses it and logs the name
+
+    Items items;
+    std::size_t next = 0;
+    for (auto word = words.begin() + 1; word != words.end(); ++word) {
+        const std::size_t equals = word->find('=');
+        if (equals != std::string::npos &&
+            knowsKey(*grammar, std::string_view(*word).substr(0, equals))) {
+            items.emplace_back(word->substr(0, equals), word->substr(equals + 1));
+            continue;
+        }
+        if (next == kMostSlots || !grammar->slots[next]) {
+            out.error = "too many words for " + command + ": " + *word;
+            return out;
+        }
+        addSlot(items, *grammar->slots[next++], *word);
+    }
+    char separator = '?';
+    for (const auto& [key, value] : items) {
+        out.url += separator + percentEncoded(key) + "=" + percentEncoded(value);
+        separator = '&';
+    }
+    return out;
+}
+
+std::string shortCommandSynopsis(std::string_view command) {
+    const Grammar* grammar = grammarOf(command);
+    if (!grammar) return {};
+    std::string out(command);
+    for (const auto& slot : grammar->slots) {
+        if (slot) out += " " + std::string(slot->shown);
+    }
+    return out;
+}
+
+}  // namespace lumora::app

@@ -1,0 +1,302 @@
+// The command line as people and scripts meet it: help and version, short commands and their
+// exit status, --print-status, the man page and the shell completions.
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <sstream>
+
+#include "AgentHarness.h"
+#include "CommandLine.h"
+#include "ShortCommand.h"
+#include "model/CommandTable.h"
+
+namespace lumora::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kSourceRoot = fs::path(__FILE__).parent_path().parent_path().parent_path();
+
+// Standard output and standard error of one run, apart.
+struct Split {
+    std::optional<int> status;
+    std::string out;
+    std::string err;
+};
+
+Split runSplit(const Home& home, const std::vector<std::string>& arguments,
+               const std::string& program = LUMORA_BINARY,
+               const std::map<std::string, std::string>& extraEnvironment = {}) {
+    static int runs = 0;
+    const std::string tag = std::to_string(++runs);
+    const fs::path out = home / ("split-out-" + tag);
+    const fs::path err = home / ("split-err-" + tag);
+    std::vector<std::string> argv{program};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    const std::vector<std::string> env = home.environment(extraEnvironment);
+    std::vector<char*> argvPointers;
+    for (const auto& a : argv)
+        argvPointers.push_back(const_cast<char*>(a.c_str()));
+    argvPointers.push_back(nullptr);
+    std::vector<char*> envPointers;
+    for (const auto& e : env)
+        envPointers.push_back(const_cast<char*>(e.c_str()));
+    envPointers.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t pid = -1;
+    const bool spawned = posix_spawn(&pid, argvPointers[0], &actions, nullptr, argvPointers.data(),
+                                     envPointers.data()) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    Split result;
+    if (!spawned) return result;
+    eventually([&] {
+        int raw = 0;
+        if (::waitpid(pid, &raw, WNOHANG) != pid) return false;
+        result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        return true;
+    });
+    if (!result.status) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    result.out = readFile(out);
+    result.err = readFile(err);
+    return result;
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out.push_back(line);
+    return out;
+}
+
+std::vector<std::string> tableNames() {
+    std::vector<std::string> names;
+    for (const CommandSpec& c : commandTable())
+        names.emplace_back(c.name);
+    return names;
+}
+
+// Runs of blanks and line breaks as one space: a rendered page wraps where it likes.
+std::string squeezed(const std::string& text) {
+    return std::regex_replace(text, std::regex("\\s+"), " ");
+}
+
+TEST(CliBlackBox, HelpVersionAndUnusableWordsNeedNoAgent) {
+    Home home;
+    auto help = runSplit(home, {"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out, app::helpText());
+    EXPECT_EQ(help.err, "");
+
+    auto version = runSplit(home, {"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(std::regex_match(version.out, std::regex("Lumora [0-9]+\\.[0-9]+\\.[0-9]+\n")))
+        << version.out;
+    // The man page names the same version.
+    const std::string page = readFile(kSourceRoot / "packaging/linux/lumora.1");
+    EXPECT_NE(page.find("\"" + version.out.substr(0, version.out.size() - 1) + "\""),
+              std::string::npos)
+        << page.substr(0, page.find('\n'));
+
+    auto extra = runSplit(home, {"brightness", "office", "70", "80"});
+    EXPECT_EQ(extra.status, 2);
+    EXPECT_EQ(extra.out, "");
+    EXPECT_EQ(extra.err,
+              "lumora: too many words for brightness: 80\n" + std::string(app::kUsage) + "\n");
+    EXPECT_EQ(runSplit(home, {"--json"}).status, 2);
+    // None of it looked for an agent or started one.
+    EXPECT_FALSE(fs::exists(home.statusFile()));
+    EXPECT_FALSE(fs::exists(home.logFile()));
+}
+
+TEST(CliBlackBox, ShortCommandsExitZeroWhenCarriedOutAndOneWithTheReasonWhenNot) {
+    Home home;
+    Agent agent(home);
+    ASSERT_TRUE(agent.ready()) << agent.process().output();
+    ASSERT_TRUE(agent.ddcScanned()) << readFile(home.logFile());
+
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        std::string err;
+    } cases[] = {
+        {{"brightness", "office", "70"}, 0, ""},
+        {{"brightness", "nosuch", "70"}, 1, "lumora: display not found: nosuch\n"},
+        {{"lumora://brightness?display=nosuch&value=70"}, 1, "lumora: display not found: nosuch\n"},
+        {{"brightness", "office", "abc"}, 1, "lumora: brightness needs a value (0-100 or 0-1)\n"},
+        {{"dim", "3"}, 0, ""},
+        {{"mode", "office", "1920x1080@60"}, 0, ""},
+        {{"mode", "builtin", "1920x1080@60"}, 1, "lumora: no mode matches 1920x1080\n"},
+        {{"mode", "office", "abc"}, 1, "lumora: mode needs a whole width and height\n"},
+        {{"ddc", "office", "0x60", "15"}, 0, ""},
+        {{"frobnicate"}, 1, "lumora: unknown command: frobnicate\n"},
+        {{"status"}, 0, ""},
+    };
+    for (const auto& c : cases) {
+        auto run = runSplit(home, c.arguments);
+        EXPECT_EQ(run.status, c.status) << c.arguments.front() << "\n" << run.err;
+        EXPECT_EQ(run.err, c.err) << c.arguments.front();
+        EXPECT_EQ(run.out, "") << c.arguments.front();
+    }
+
+    auto status = readJson(home.statusFile());
+    ASSERT_TRUE(status);
+    EXPECT_DOUBLE_EQ(displayWithId(*status, 2).value("brightness", -1.0), 0.7);
+    EXPECT_EQ(displayWithId(*status, 2).value("mode", ""), "1920×1080 · 60 Hz");
+    // "dim 3" is display 3 turned black, in software.
+    EXPECT_TRUE(eventually([&] {
+        auto state = agent.state();
+        if (!state) return false;
+        const nlohmann::json black = {0.0, 0.0, 0.0};
+        const nlohmann::json gamma = displayWithId(*state, 3).value("gamma", nlohmann::json());
+        return gamma == nlohmann::json{{"red", black}, {"green", black}, {"blue", black}} &&
+               displayWithId(*state, 2)["vcp"].value("0x60", -1) == 15;
+    })) << readFile(agent.stateFile());
+    // The agent logs short commands exactly as the URLs they stand for.
+    const std::string log = readFile(home.logFile());
+    EXPECT_TRUE(contains(log, "url: brightness [\"display\": \"office\", \"value\": \"70\"]\n"));
+    EXPECT_TRUE(contains(log,
+                         "url: mode [\"display\": \"office\", \"height\": \"1080\", \"hz\": "
+                         "\"60\", \"width\": \"1920\"]\n"))
+        << log;
+    EXPECT_TRUE(contains(log, "url: unknown command frobnicate\n")) << log;
+    EXPECT_TRUE(agent.process().alive());
+}
+
+TEST(CliBlackBox, PrintStatusPrintsTheStatusFileWhateverBecameOfTheCommand) {
+    Home home;
+    Agent agent(home);
+    ASSERT_TRUE(agent.ready()) << agent.process().output();
+
+    auto done = runSplit(home, {"--print-status", "brightness", "office", "40"});
+    EXPECT_EQ(done.status, 0) << done.err;
+    EXPECT_EQ(done.err, "");
+    // The file as it is, ended by a line break for the terminal.
+    const auto printedFile = [&] {
+        std::string text = readFile(home.statusFile());
+        return text.ends_with('\n') ? text : text + "\n";
+    };
+    EXPECT_EQ(done.out, printedFile());
+    auto printed = nlohmann::json::parse(done.out, nullptr, false);
+    ASSERT_FALSE(printed.is_discarded()) << done.out;
+    EXPECT_DOUBLE_EQ(displayWithId(printed, 2).value("brightness", -1.0), 0.4);
+
+    auto nothing = runSplit(home, {"brightness", "nosuch", "1", "--print-status"});
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_EQ(nothing.err, "lumora: display not found: nosuch\n");
+    EXPECT_EQ(nothing.out, printedFile());
+}
+
+TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
+    const fs::path page = kSourceRoot / "packaging/linux/lumora.1";
+    Home home;
+    // Wide lines and no hyphenation; plain text without overstriking.
+    auto rendered = runSplit(
+        home, {"-man", "-Tascii", "-P-cbou", "-rLL=200n", "-ww", page.string()}, "/usr/bin/groff");
+    if (!rendered.status || *rendered.status != 0) {
+        GTEST_SKIP() << "groff is not installed (Debian: groff-base)";
+    }
+    EXPECT_EQ(rendered.err, "");
+    const std::string text = squeezed(rendered.out);
+    for (const std::string& line : lines(app::helpText())) {
+        // The option and command lines of the help text, as the page sets them.
+        if (!line.starts_with("  ")) continue;
+        const std::string item = squeezed(line.substr(2));
+        const std::size_t split = line.find("  ", 2);
+        ASSERT_NE(split, std::string::npos) << line;
+        const std::string tag = squeezed(line.substr(2, split - 2));
+        const std::string body = squeezed(line.substr(line.find_first_not_of(' ', split)));
+        EXPECT_NE(text.find(" " + tag + " " + body + " "), std::string::npos)
+            << "the man page lacks: " << item;
+    }
+}
+
+// The completions for the words after "lumora", one a line.
+Split complete(const Home& home, const std::string& shell, const std::vector<std::string>& words) {
+    std::string quoted;
+    for (const auto& w : words)
+        quoted += " '" + w + "'";
+    std::string script;
+    if (shell == "bash") {
+        script = "source '" + (kSourceRoot / "packaging/completion/lumora.bash").string() +
+                 "'\nCOMP_WORDS=(lumora" + quoted +
+                 ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_lumora\n"
+                 "((${#COMPREPLY[@]})) && printf '%s\\n' \"${COMPREPLY[@]}\"\n";
+    } else {
+        // zsh's completion system needs a terminal; these stand-ins print what would be offered.
+        script =
+            "compadd() { while [[ $1 == -* && $1 != -- ]]; do [[ $1 == -S ]] && shift; shift; "
+            "done; [[ $1 == -- ]] && shift; print -l -- \"$@\"; }\n"
+            "_describe() { print -l -- ${${(P)2}%%:*}; }\n"
+            "_files() { print FILES; }\n"
+            "source '" +
+            (kSourceRoot / "packaging/completion/_lumora").string() +
+            "' >/dev/null\n"
+            "words=(lumora" +
+            quoted + ")\nCURRENT=$#words\nPREFIX=$words[CURRENT]\n_lumora\n";
+    }
+    writeFile(home / "complete.sh", script);
+    return runSplit(home, {(home / "complete.sh").string()}, "/usr/bin/" + shell);
+}
+
+// Asks `shell` what it offers after "lumora" with an agent's status file in place.
+void checkCompletion(const std::string& shell) {
+    if (!fs::exists("/usr/bin/" + shell)) GTEST_SKIP() << shell << " is not installed";
+    Home home;
+    Agent agent(home);
+    ASSERT_TRUE(agent.ready()) << agent.process().output();
+    ASSERT_TRUE(agent.send("lumora://status"));
+
+    auto commands = complete(home, shell, {""});
+    EXPECT_EQ(lines(commands.out), tableNames()) << commands.err;
+
+    std::vector<std::string> displays = {
+        "main", "builtin",        "cursor", "1",        "Built-in Retina Display",
+        "2",    "Office Monitor", "3",      "Projector"};
+    // bash is handed the words quoted for its command line; zsh quotes them itself.
+    if (shell == "bash") {
+        displays[4] = "Built-in\\ Retina\\ Display";
+        displays[6] = "Office\\ Monitor";
+    }
+    auto names = complete(home, shell, {"--headless", "dim", ""});
+    EXPECT_EQ(lines(names.out), displays) << names.err;
+    EXPECT_EQ(lines(complete(home, shell, {"hidpi", "2", ""}).out),
+              (std::vector<std::string>{"on", "off"}));
+    EXPECT_EQ(lines(complete(home, shell, {"mode", "2", "1920x1080", ""}).out),
+              (std::vector<std::string>{"hidpi", "lodpi"}));
+    EXPECT_EQ(lines(complete(home, shell, {"status", ""}).out), std::vector<std::string>{});
+
+    // Every option of the help text is offered.
+    const auto options = lines(complete(home, shell, {"--"}).out);
+    for (const char* option :
+         {"--simulate", "--sim-state=", "--headless", "--preview", "--render-panel=", "--list",
+          "--json", "--print-status", "--help", "--version"}) {
+        EXPECT_NE(std::find(options.begin(), options.end(), option), options.end()) << option;
+    }
+    if (shell == "bash") {
+        // bash filters by what is typed (zsh does it itself).
+        EXPECT_EQ(lines(complete(home, shell, {"brightness", "Off"}).out),
+                  std::vector<std::string>{"Office\\ Monitor"});
+    }
+}
+
+TEST(CliBlackBox, BashCompletionOffersCommandsOptionsAndTheAgentsDisplays) {
+    checkCompletion("bash");
+}
+
+TEST(CliBlackBox, ZshCompletionOffersCommandsOptionsAndTheAgentsDisplays) {
+    checkCompletion("zsh");
+}
+
+}  // namespace
+}  // namespace lumora::test
