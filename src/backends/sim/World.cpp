@@ -1,13 +1,13 @@
 #include "sim/World.h"
 
-#include <cctype>
+#include <charconv>
 #include <fstream>
-#include <limits>
 #include <set>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
+#include "base/JsonRead.h"
 #include "sim/WorldFields.h"
 #include "sim/WorldResolve.h"
 
@@ -45,22 +45,11 @@ std::optional<std::uint8_t> vcpCode(std::string_view key) {
     if (key.size() < 3 || key.size() > 4 || key[0] != '0' || (key[1] != 'x' && key[1] != 'X')) {
         return std::nullopt;
     }
+    const std::string_view digits = key.substr(2);
     unsigned code = 0;
-    for (char c : key.substr(2)) {
-        const auto digit = static_cast<unsigned char>(c);
-        unsigned v = 0;
-        if (std::isdigit(digit)) {
-            v = digit - '0';
-        } else if (digit >= 'a' && digit <= 'f') {
-            v = digit - 'a' + 10u;
-        } else if (digit >= 'A' && digit <= 'F') {
-            v = digit - 'A' + 10u;
-        } else {
-            return std::nullopt;
-        }
-        code = code * 16 + v;
-    }
-    return static_cast<std::uint8_t>(code);
+    auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
+    if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
+    return checked<std::uint8_t>(code);
 }
 
 constexpr std::int64_t kVcpValueLimit = 0xFFFF;
@@ -75,8 +64,7 @@ WorldDdc readDdc(const json& value, const std::string& path) {
         ddc.answers = readBool(*v, keyPath(path, "answers"));
     if (auto* v = optionalKey(value, "edid")) ddc.edid = readBool(*v, keyPath(path, "edid"));
     if (auto* v = optionalKey(value, "failFirst")) {
-        ddc.failFirst =
-            static_cast<int>(readInteger(*v, keyPath(path, "failFirst"), 0, kFailFirstLimit));
+        ddc.failFirst = readInteger<int>(*v, keyPath(path, "failFirst"), 0, kFailFirstLimit);
     }
     if (auto* v = optionalKey(value, "vcp")) {
         const std::string vcpPath = keyPath(path, "vcp");
@@ -87,10 +75,9 @@ WorldDdc readDdc(const json& value, const std::string& path) {
             auto code = vcpCode(key);
             if (!code) fail(entryPath, "expected a code like \"0x10\"");
             auto [current, maximum] = readPair(entry, entryPath, "[current, maximum]");
-            ddc.vcp[*code] = {static_cast<std::uint16_t>(readInteger(
-                                  *current, indexPath(entryPath, 0), 0, kVcpValueLimit)),
-                              static_cast<std::uint16_t>(readInteger(
-                                  *maximum, indexPath(entryPath, 1), 0, kVcpValueLimit))};
+            ddc.vcp[*code] = {
+                readInteger<std::uint16_t>(*current, indexPath(entryPath, 0), 0, kVcpValueLimit),
+                readInteger<std::uint16_t>(*maximum, indexPath(entryPath, 1), 0, kVcpValueLimit)};
         }
     }
     return ddc;
@@ -101,9 +88,7 @@ WorldMode readMode(const json& value, const std::string& path) {
     onlyKeys(value, path,
              {"id", "width", "height", "pixelWidth", "pixelHeight", "refresh", "usable"});
     WorldMode mode;
-    mode.id = static_cast<std::int32_t>(readInteger(
-        required(value, path, "id"), keyPath(path, "id"), std::numeric_limits<std::int32_t>::min(),
-        std::numeric_limits<std::int32_t>::max()));
+    mode.id = readInteger<std::int32_t>(required(value, path, "id"), keyPath(path, "id"));
     mode.width =
         readInteger(required(value, path, "width"), keyPath(path, "width"), 1, kPixelLimit);
     mode.height =
@@ -124,11 +109,6 @@ WorldMode readMode(const json& value, const std::string& path) {
     return mode;
 }
 
-std::uint32_t readU32(const json& value, const std::string& path, std::int64_t lo = 0) {
-    return static_cast<std::uint32_t>(
-        readInteger(value, path, lo, std::numeric_limits<std::uint32_t>::max()));
-}
-
 WorldDisplay readDisplay(const json& value, const std::string& path) {
     expectObject(value, path);
     onlyKeys(value, path,
@@ -136,21 +116,26 @@ WorldDisplay readDisplay(const json& value, const std::string& path) {
               "rotation", "sizeMM", "modes", "mode", "backlight", "ddc"});
     WorldDisplay d;
     // 0 is no display at all on every display server.
-    d.id = readU32(required(value, path, "id"), keyPath(path, "id"), 1);
+    d.id = readInteger<DisplayID>(required(value, path, "id"), keyPath(path, "id"), 1);
     if (auto* v = optionalKey(value, "name")) d.name = readString(*v, keyPath(path, "name"));
     if (auto* v = optionalKey(value, "builtin")) d.builtin = readBool(*v, keyPath(path, "builtin"));
-    if (auto* v = optionalKey(value, "vendor")) d.vendor = readU32(*v, keyPath(path, "vendor"));
-    if (auto* v = optionalKey(value, "model")) d.model = readU32(*v, keyPath(path, "model"));
-    if (auto* v = optionalKey(value, "serial")) d.serial = readU32(*v, keyPath(path, "serial"));
+    if (auto* v = optionalKey(value, "vendor"))
+        d.vendor = readInteger<std::uint32_t>(*v, keyPath(path, "vendor"));
+    if (auto* v = optionalKey(value, "model"))
+        d.model = readInteger<std::uint32_t>(*v, keyPath(path, "model"));
+    if (auto* v = optionalKey(value, "serial"))
+        d.serial = readInteger<std::uint32_t>(*v, keyPath(path, "serial"));
     if (auto* v = optionalKey(value, "online")) d.online = readBool(*v, keyPath(path, "online"));
     if (auto* v = optionalKey(value, "asleep")) d.asleep = readBool(*v, keyPath(path, "asleep"));
     if (auto* v = optionalKey(value, "origin")) d.origin = readOrigin(*v, keyPath(path, "origin"));
     if (auto* v = optionalKey(value, "rotation")) {
         const std::string p = keyPath(path, "rotation");
-        if (!v->is_number_integer()) fail(p, "expected an integer");
-        const auto r = v->get<std::int64_t>();
-        if (r != 0 && r != 90 && r != 180 && r != 270) fail(p, "expected 0, 90, 180 or 270");
-        d.rotation = static_cast<int>(r);
+        const auto r = jsonread::integer<int>(*v);
+        if (!r && !v->is_number_integer()) fail(p, "expected an integer");
+        if (!r || (*r != 0 && *r != 90 && *r != 180 && *r != 270)) {
+            fail(p, "expected 0, 90, 180 or 270");
+        }
+        d.rotation = *r;
     }
     if (auto* v = optionalKey(value, "sizeMM")) {
         const std::string p = keyPath(path, "sizeMM");
@@ -171,9 +156,7 @@ WorldDisplay readDisplay(const json& value, const std::string& path) {
     }
     if (auto* v = optionalKey(value, "mode")) {
         const std::string p = keyPath(path, "mode");
-        const auto id =
-            static_cast<std::int32_t>(readInteger(*v, p, std::numeric_limits<std::int32_t>::min(),
-                                                  std::numeric_limits<std::int32_t>::max()));
+        const auto id = readInteger<std::int32_t>(*v, p);
         if (!modeIDs.contains(id)) fail(p, "no mode with id " + std::to_string(id));
         d.mode = id;
     }
@@ -212,7 +195,7 @@ World readWorld(const json& root) {
         }
     }
     if (auto* v = optionalKey(root, "main")) {
-        const DisplayID id = readU32(*v, "main", 1);
+        const auto id = readInteger<DisplayID>(*v, "main", 1);
         if (!ids.contains(id)) fail("main", "no display with id " + std::to_string(id));
         world.main = id;
     }

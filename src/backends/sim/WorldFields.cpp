@@ -1,7 +1,10 @@
 #include "sim/WorldFields.h"
 
 #include <algorithm>
+#include <locale>
 #include <sstream>
+
+#include "base/JsonRead.h"
 
 namespace lumora::sim::fields {
 
@@ -53,43 +56,38 @@ void expectObject(const json& value, const std::string& path) {
 }
 
 bool readBool(const json& value, const std::string& path) {
-    if (!value.is_boolean()) fail(path, "expected true or false");
-    return value.get<bool>();
+    const auto flag = jsonread::boolean(value);
+    if (!flag) fail(path, "expected true or false");
+    return *flag;
 }
 
 std::int64_t readInteger(const json& value, const std::string& path, std::int64_t lo,
                          std::int64_t hi) {
-    if (!value.is_number_integer()) fail(path, "expected an integer");
-    // Non-negative numbers arrive unsigned and may not fit a signed 64-bit value.
-    bool inRange = true;
-    std::int64_t v = 0;
-    if (value.is_number_unsigned()) {
-        const auto u = value.get<std::uint64_t>();
-        inRange = u <= static_cast<std::uint64_t>(std::max<std::int64_t>(hi, 0));
-        if (inRange) v = static_cast<std::int64_t>(u);
-    } else {
-        v = value.get<std::int64_t>();
-    }
-    if (!inRange || v < lo || v > hi) {
+    const auto v = jsonread::integer(value);
+    // An integer literal beyond 64 bits is out of range, not of the wrong type.
+    if (!v && !value.is_number_integer()) fail(path, "expected an integer");
+    if (!v || *v < lo || *v > hi) {
         fail(path, "expected an integer from " + std::to_string(lo) + " to " + std::to_string(hi));
     }
-    return v;
+    return *v;
 }
 
 double readNumber(const json& value, const std::string& path, double lo, double hi) {
-    if (!value.is_number()) fail(path, "expected a number");
-    const double v = value.get<double>();
-    if (!(v >= lo && v <= hi)) {
+    const auto v = jsonread::number(value);
+    if (!v) fail(path, "expected a number");
+    if (!(*v >= lo && *v <= hi)) {
         std::ostringstream range;
+        range.imbue(std::locale::classic());  // "0.5", whatever the user's locale
         range << "expected a number from " << lo << " to " << hi;
         fail(path, range.str());
     }
-    return v;
+    return *v;
 }
 
 std::string readString(const json& value, const std::string& path) {
-    if (!value.is_string()) fail(path, "expected a string");
-    return value.get<std::string>();
+    auto text = jsonread::string(value);
+    if (!text) fail(path, "expected a string");
+    return std::move(*text);
 }
 
 std::pair<const json*, const json*> readPair(const json& value, const std::string& path,

@@ -2,13 +2,18 @@
 
 // Private to the sim backend: typed reads of JSON fields that name the field on failure.
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include <nlohmann/json.hpp>
+
+#include "base/Check.h"
+#include "base/InRange.h"
 
 namespace lumora::sim::fields {
 
@@ -35,6 +40,15 @@ void expectObject(const nlohmann::json& value, const std::string& path);
 bool readBool(const nlohmann::json& value, const std::string& path);
 std::int64_t readInteger(const nlohmann::json& value, const std::string& path, std::int64_t lo,
                          std::int64_t hi);
+// An integer from `lo` to `hi` as T, which must hold that whole range.
+template <std::integral T>
+T readInteger(const nlohmann::json& value, const std::string& path,
+              std::int64_t lo = std::numeric_limits<T>::min(),
+              std::int64_t hi = std::numeric_limits<T>::max()) {
+    const auto narrowed = checked<T>(readInteger(value, path, lo, hi));
+    check(narrowed.has_value(), "a world field's range is wider than its type");
+    return *narrowed;
+}
 double readNumber(const nlohmann::json& value, const std::string& path, double lo, double hi);
 std::string readString(const nlohmann::json& value, const std::string& path);
 // A two-element array; `what` describes it in the error ("[x, y]").

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace lumora {
@@ -40,6 +41,27 @@ inline std::size_t decodeUtf8(std::string_view s, char32_t& codePoint) {
         return 0;
     }
     return extra + 1;
+}
+
+// Appends the UTF-8 form of `codePoint`, which must be a Unicode scalar value (what
+// decodeUtf8 delivers, or a case partner of one).
+inline void appendUtf8(std::string& out, char32_t codePoint) {
+    auto byte = [&out](char32_t bits) { out.push_back(static_cast<char>(bits)); };
+    if (codePoint < 0x80) {
+        byte(codePoint);
+    } else if (codePoint < 0x800) {
+        byte(0xC0 | (codePoint >> 6));
+        byte(0x80 | (codePoint & 0x3F));
+    } else if (codePoint < 0x10000) {
+        byte(0xE0 | (codePoint >> 12));
+        byte(0x80 | ((codePoint >> 6) & 0x3F));
+        byte(0x80 | (codePoint & 0x3F));
+    } else {
+        byte(0xF0 | (codePoint >> 18));
+        byte(0x80 | ((codePoint >> 12) & 0x3F));
+        byte(0x80 | ((codePoint >> 6) & 0x3F));
+        byte(0x80 | (codePoint & 0x3F));
+    }
 }
 
 inline bool isValidUtf8(std::string_view s) {

@@ -25,9 +25,4 @@ bool Brightness::setBuiltin(DisplayID id, float level) {
     return backlight_.set(id, clamped) == kBacklightOK;
 }
 
-bool Brightness::canSetBuiltin(DisplayID id) {
-    if (backlight_.hasCanChange()) return backlight_.canChange(id);
-    return backlight_.hasSet();
-}
-
 }  // namespace lumora

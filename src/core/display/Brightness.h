@@ -15,8 +15,6 @@ class Brightness {
     std::optional<float> builtin(DisplayID id);
     // Clamps to 0…1 (NaN counts as 0); true when the level was set.
     bool setBuiltin(DisplayID id, float level);
-    // Asks the platform when it can answer; otherwise assumes yes whenever setting exists.
-    bool canSetBuiltin(DisplayID id);
 
   private:
     Backlight& backlight_;

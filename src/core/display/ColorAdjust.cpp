@@ -1,7 +1,8 @@
 #include "display/ColorAdjust.h"
 
 #include <array>
-#include <cmath>
+
+#include "base/JsonRead.h"
 
 namespace lumora {
 
@@ -34,14 +35,11 @@ nlohmann::json ColorAdjust::toJson() const {
 }
 
 std::optional<ColorAdjust> ColorAdjust::fromJson(const nlohmann::json& json) {
-    if (!json.is_object()) return std::nullopt;
     ColorAdjust adjust;
     for (const auto& key : kKeys) {
-        auto found = json.find(key.name);
-        if (found == json.end() || !found->is_number()) return std::nullopt;
-        const double value = found->get<double>();
-        if (!std::isfinite(value)) return std::nullopt;
-        adjust.*key.field = value;
+        if (!jsonread::assign(adjust.*key.field, jsonread::number(json, key.name))) {
+            return std::nullopt;
+        }
     }
     return adjust;
 }

@@ -1,9 +1,10 @@
 #include "display/DisplayMode.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <unordered_set>
+
+#include "base/NumberText.h"
 
 namespace lumora {
 
@@ -61,14 +62,7 @@ bool listedBefore(const DisplayMode& a, const DisplayMode& b) {
 std::string DisplayMode::label() const {
     std::string text = std::to_string(width) + kTimes + std::to_string(height);
     if (hiDPI()) text += " HiDPI";
-    if (refresh > 0) {
-        char digits[400];  // room for the largest finite double written out in full
-        auto result = std::to_chars(digits, digits + sizeof digits, std::round(refresh),
-                                    std::chars_format::fixed, 0);
-        text += kRefreshSeparator;
-        text.append(digits, result.ptr);
-        text += " Hz";
-    }
+    if (refresh > 0) text += kRefreshSeparator + wholeNumberText(refresh) + " Hz";
     return text;
 }
 

@@ -1,7 +1,8 @@
 #include "input/Shortcut.h"
 
-#include <limits>
 #include <ostream>
+
+#include "base/JsonRead.h"
 
 namespace lumora {
 
@@ -10,22 +11,6 @@ namespace {
 constexpr const char* kKeyCodeKey = "keyCode";
 constexpr const char* kModifiersKey = "modifiers";
 constexpr const char* kLabelKey = "label";
-
-// Checks the type before converting, so nothing here can throw.
-bool readUInt32(const nlohmann::json& object, const char* key, std::uint32_t& out) {
-    auto it = object.find(key);
-    if (it == object.end() || !it->is_number_integer()) return false;  // 126.0 is not a key code
-    if (it->is_number_unsigned()) {
-        auto value = it->get<std::uint64_t>();
-        if (value > std::numeric_limits<std::uint32_t>::max()) return false;
-        out = static_cast<std::uint32_t>(value);
-        return true;
-    }
-    auto value = it->get<std::int64_t>();
-    if (value < 0 || value > std::numeric_limits<std::uint32_t>::max()) return false;
-    out = static_cast<std::uint32_t>(value);
-    return true;
-}
 
 }  // namespace
 
@@ -38,13 +23,12 @@ nlohmann::ordered_json Shortcut::toJson() const {
 }
 
 std::optional<Shortcut> Shortcut::fromJson(const nlohmann::json& json) {
-    if (!json.is_object()) return std::nullopt;
+    using namespace jsonread;
     Shortcut s;
-    if (!readUInt32(json, kKeyCodeKey, s.keyCode)) return std::nullopt;
-    if (!readUInt32(json, kModifiersKey, s.modifiers)) return std::nullopt;
-    auto label = json.find(kLabelKey);
-    if (label == json.end() || !label->is_string()) return std::nullopt;
-    s.label = label->get<std::string>();
+    const bool ok = assign(s.keyCode, integer<std::uint32_t>(json, kKeyCodeKey)) &&
+                    assign(s.modifiers, integer<std::uint32_t>(json, kModifiersKey)) &&
+                    assign(s.label, string(json, kLabelKey));
+    if (!ok) return std::nullopt;
     return s;
 }
 

@@ -25,16 +25,13 @@ struct LidConfig {
 
     friend bool operator==(const LidConfig&, const LidConfig&) = default;
 
-    // All ten keys, in declaration order.
-    [[nodiscard]] nlohmann::ordered_json toJson() const;
-    // The compact JSON text of toJson(): the bytes to store.
+    // The compact JSON text of all ten keys in declaration order: the bytes to store.
     [[nodiscard]] std::string toJsonText() const;
 
     // Strict: every key present with its exact type (angles JSON integers within 64 bits,
     // durations finite JSON numbers, flags Booleans), or nothing at all. Unknown keys are
     // ignored. Never throws.
     static std::optional<LidConfig> fromJson(const nlohmann::json& json);
-    static std::optional<LidConfig> fromJson(const nlohmann::ordered_json& json);
     // Arbitrary bytes: anything that is not such a JSON object yields nothing. Never throws.
     static std::optional<LidConfig> fromJsonText(std::string_view text);
 

@@ -1,8 +1,9 @@
 #include "model/CommandArguments.h"
 
 #include <charconv>
-#include <cmath>
-#include <limits>
+
+#include "base/InRange.h"
+#include "base/NumberText.h"
 
 namespace lumora {
 
@@ -44,38 +45,20 @@ std::optional<std::uint64_t> parseUnsigned(std::string_view text, std::uint64_t 
 }
 
 std::optional<std::int64_t> parseInteger(std::string_view text) {
-    bool negative = false;
-    if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
-        negative = text.front() == '-';
-        text.remove_prefix(1);
-    }
-    if (!allDigits(text)) return std::nullopt;
-    std::uint64_t magnitude = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
+    const bool hasSign = !text.empty() && (text.front() == '+' || text.front() == '-');
+    if (!allDigits(text.substr(hasSign ? 1 : 0))) return std::nullopt;
+    text = withoutPlus(text);
+    std::int64_t value = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (!negative) {
-        if (magnitude > kMax) return std::nullopt;
-        return static_cast<std::int64_t>(magnitude);
-    }
-    if (magnitude > kMax + 1) return std::nullopt;
-    return magnitude == kMax + 1 ? std::numeric_limits<std::int64_t>::min()
-                                 : -static_cast<std::int64_t>(magnitude);
+    return value;
 }
 
 std::optional<double> parseNumber(std::string_view text) {
     const bool plus = !text.empty() && text.front() == '+';
     text = withoutPlus(text);
-    // A second sign ("+-1") is not a number; from_chars would take the "-".
-    if (text.empty() || (plus && (text.front() == '-' || text.front() == '+'))) {
-        return std::nullopt;
-    }
-    double value = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) {
-        return std::nullopt;
-    }
-    return value;
+    if (plus && !text.empty() && text.front() == '-') return std::nullopt;  // "+-1"
+    return parseDecimal(text);
 }
 
 std::optional<std::uint8_t> parseHexByte(std::string_view text) {
@@ -85,10 +68,8 @@ std::optional<std::uint8_t> parseHexByte(std::string_view text) {
     if (text.empty()) return std::nullopt;
     unsigned value = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-    if (error != std::errc{} || end != text.data() + text.size() || value > 0xFF) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint8_t>(value);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return checked<std::uint8_t>(value);
 }
 
 std::optional<bool> onArgument(const Query& query) {

@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 
+#include "base/InRange.h"
 #include "model/CommandArguments.h"
 
 namespace lumora {
@@ -28,8 +29,8 @@ ColorMap loadColorAdjust(const Defaults& defaults) {
         if (!adjust) return {};
         // Strictly decimal digits: "+1" is not how a display id was ever written.
         if (name.empty() || name.front() == '+') continue;
-        auto id = parseUnsigned(name, std::numeric_limits<DisplayID>::max());
-        if (id) color[static_cast<DisplayID>(*id)] = *adjust;
+        const auto id = parseUnsigned(name, std::numeric_limits<std::uint64_t>::max());
+        if (auto display = id ? checked<DisplayID>(*id) : std::nullopt) color[*display] = *adjust;
     }
     return color;
 }

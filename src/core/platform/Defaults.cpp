@@ -1,37 +1,30 @@
 #include "platform/Defaults.h"
 
+#include "base/JsonRead.h"
+
 namespace lumora {
 
 std::optional<bool> Defaults::boolean(std::string_view key) const {
     auto v = object(key);
-    if (!v || !v->is_boolean()) return std::nullopt;
-    return v->get<bool>();
+    return v ? jsonread::boolean(*v) : std::nullopt;
 }
 
 std::optional<std::int64_t> Defaults::integer(std::string_view key) const {
     auto v = object(key);
     if (!v) return std::nullopt;
-    if (v->is_number_integer()) return v->get<std::int64_t>();
-    if (v->is_number_float()) {
-        double d = v->get<double>();
-        // Only whole numbers inside the 64-bit range convert; anything else is not an integer.
-        if (d >= -9.2e18 && d <= 9.2e18 && static_cast<double>(static_cast<std::int64_t>(d)) == d) {
-            return static_cast<std::int64_t>(d);
-        }
-    }
-    return std::nullopt;
+    // A stored double counts when it is a whole number inside the 64-bit range.
+    if (v->is_number_float()) return checked<std::int64_t>(v->get<double>());
+    return jsonread::integer(*v);
 }
 
 std::optional<double> Defaults::number(std::string_view key) const {
     auto v = object(key);
-    if (!v || !v->is_number()) return std::nullopt;
-    return v->get<double>();
+    return v ? jsonread::number(*v) : std::nullopt;
 }
 
 std::optional<std::string> Defaults::string(std::string_view key) const {
     auto v = object(key);
-    if (!v || !v->is_string()) return std::nullopt;
-    return v->get<std::string>();
+    return v ? jsonread::string(*v) : std::nullopt;
 }
 
 std::optional<Defaults::Bytes> Defaults::data(std::string_view key) const {
@@ -46,8 +39,9 @@ std::optional<std::vector<std::string>> Defaults::stringArray(std::string_view k
     if (!v || !v->is_array()) return std::nullopt;
     std::vector<std::string> out;
     for (const auto& item : *v) {
-        if (!item.is_string()) return std::nullopt;
-        out.push_back(item.get<std::string>());
+        auto text = jsonread::string(item);
+        if (!text) return std::nullopt;
+        out.push_back(std::move(*text));
     }
     return out;
 }
@@ -58,8 +52,9 @@ std::optional<std::map<std::string, std::string>> Defaults::stringDictionary(
     if (!v || !v->is_object()) return std::nullopt;
     std::map<std::string, std::string> out;
     for (const auto& [k, item] : v->items()) {
-        if (!item.is_string()) return std::nullopt;
-        out.emplace(k, item.get<std::string>());
+        auto text = jsonread::string(item);
+        if (!text) return std::nullopt;
+        out.emplace(k, std::move(*text));
     }
     return out;
 }

@@ -31,7 +31,8 @@ class Defaults {
     [[nodiscard]] bool contains(std::string_view key) const { return object(key).has_value(); }
 
     // Typed readers. Each returns nothing when the key is absent or holds another type;
-    // numbers convert between integer and double, nothing else converts.
+    // numbers convert between integer and double (a double only when it is a whole number in
+    // range), nothing else converts, and a number must be finite.
     [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
     [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key) const;
     [[nodiscard]] std::optional<double> number(std::string_view key) const;

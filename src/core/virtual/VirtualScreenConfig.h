@@ -27,8 +27,8 @@ struct VirtualScreenConfig {
 
     [[nodiscard]] nlohmann::json toJson() const;
     // Strict: every key present with its exact type (id a JSON integer within 32 bits, sizes
-    // JSON integers within 64 bits, refresh any number, flags Booleans), or nothing. Unknown
-    // keys are ignored. Never throws.
+    // JSON integers within 64 bits, refresh any finite number, flags Booleans), or nothing.
+    // Unknown keys are ignored. Never throws.
     static std::optional<VirtualScreenConfig> fromJson(const nlohmann::json& json);
 
     static nlohmann::json listToJson(const std::vector<VirtualScreenConfig>& configs);

@@ -15,20 +15,6 @@ class Settings : public ModelScenario {
     void build() { boot(fixtureWorld("laptopAndExternal.json")); }
 };
 
-TEST_F(Settings, NothingStoredGivesTheDefaults) {
-    build();
-    EXPECT_TRUE(model->color()->empty());
-    EXPECT_EQ(model->lidConfig().get(), LidConfig{});
-    EXPECT_EQ(model->shortcuts().get(), defaultShortcuts());
-    EXPECT_FALSE(model->preventSleepWithExternal().get());
-    EXPECT_TRUE(model->brightnessKeys().get());
-    EXPECT_TRUE(model->virtualHiDPI().get());
-    EXPECT_EQ(model->builtinBrightness().get(), 0.5);
-    EXPECT_EQ(model->lidMode().get(), LidMode::unknown);
-    EXPECT_TRUE(model->accessibilityOK().get());
-    EXPECT_FALSE(model->launchAgentInstalled());
-}
-
 TEST_F(Settings, ColorAdjustEntriesAreAllOrNothingButForeignKeysAreDropped) {
     ColorAdjust dim;
     dim.dim = 0.4;
@@ -50,16 +36,23 @@ TEST_F(Settings, ColorAdjustEntriesAreAllOrNothingButForeignKeysAreDropped) {
     EXPECT_TRUE(model->color()->empty());
 }
 
-TEST_F(Settings, CorruptLidConfigShortcutsAndBooleansFallBack) {
-    setText(kLidConfigKey, R"({"closeAngle": "five"})");
-    setText(kShortcutsKey, R"({"brightnessUp": {"keyCode": 1}})");
-    defaults.setInteger(kBrightnessKeysKey, 0);
-    defaults.setString(kPreventSleepKey, "yes");
-    build();
-    EXPECT_EQ(model->lidConfig().get(), LidConfig{});
-    EXPECT_EQ(model->shortcuts().get(), defaultShortcuts());
-    EXPECT_TRUE(model->brightnessKeys().get());
-    EXPECT_FALSE(model->preventSleepWithExternal().get());
+TEST_F(Settings, NothingOrCorruptStoredFallsBackToTheDefaultsSilently) {
+    for (bool corrupt : {false, true}) {
+        if (corrupt) {
+            setText(kLidConfigKey, R"({"closeAngle": "five"})");
+            setText(kShortcutsKey, R"({"brightnessUp": {"keyCode": 1}})");
+            defaults.setInteger(kBrightnessKeysKey, 0);
+            defaults.setString(kPreventSleepKey, "yes");
+        }
+        build();
+        EXPECT_TRUE(model->color()->empty());
+        EXPECT_EQ(model->lidConfig().get(), LidConfig{});
+        EXPECT_EQ(model->shortcuts().get(), defaultShortcuts());
+        EXPECT_TRUE(model->brightnessKeys().get());
+        EXPECT_FALSE(model->preventSleepWithExternal().get());
+        EXPECT_TRUE(model->virtualHiDPI().get());
+        EXPECT_FALSE(model->launchAgentInstalled());
+    }
     EXPECT_TRUE(logged().empty());
 
     LidConfig config;

@@ -12,43 +12,32 @@ using Sizes = std::vector<HiDPI::PixelSize>;
 
 constexpr const char* kOfficeKey = "4268-41234-12345";
 
+// "1920x1080 1728x972 ..." for a compact table.
+std::string text(const Sizes& sizes) {
+    std::string out;
+    for (const auto& [width, height] : sizes)
+        out += (out.empty() ? "" : " ") + std::to_string(width) + "x" + std::to_string(height);
+    return out;
+}
+
 TEST(HiDPIModesTest, PointSizesFromTheNativeResolution) {
-    EXPECT_EQ(HiDPI::pointModes({1920, 1080}), (Sizes{{1920, 1080},
-                                                      {1728, 972},
-                                                      {1536, 864},
-                                                      {1440, 810},
-                                                      {1280, 720},
-                                                      {1200, 674},
-                                                      {1152, 648},
-                                                      {1080, 608},
-                                                      {960, 540}}));
-    // 3840 doubled is exactly the 8K bound, so it stays.
-    EXPECT_EQ(HiDPI::pointModes({3840, 2160}), (Sizes{{3840, 2160},
-                                                      {3456, 1944},
-                                                      {3072, 1728},
-                                                      {2880, 1620},
-                                                      {2560, 1440},
-                                                      {2400, 1350},
-                                                      {2304, 1296},
-                                                      {2160, 1214},
-                                                      {1920, 1080}}));
-    // 0.6 and below fall under the 800-point floor.
-    EXPECT_EQ(HiDPI::pointModes({1280, 1024}),
-              (Sizes{{1280, 1024}, {1152, 922}, {1024, 818}, {960, 768}, {852, 682}, {800, 640}}));
-    EXPECT_EQ(HiDPI::pointModes({2560, 1440}), (Sizes{{2560, 1440},
-                                                      {2304, 1296},
-                                                      {2048, 1152},
-                                                      {1920, 1080},
-                                                      {1706, 960},
-                                                      {1600, 900},
-                                                      {1536, 864},
-                                                      {1440, 810},
-                                                      {1280, 720}}));
-    // Only the halves of an 8K-wide panel fit; nonsense sizes give nothing.
-    EXPECT_EQ(HiDPI::pointModes({7680, 4320}), (Sizes{{3840, 2160}}));
-    EXPECT_TRUE(HiDPI::pointModes({640, 480}).empty());
-    EXPECT_TRUE(HiDPI::pointModes({INT64_MAX, INT64_MIN}).empty());
-    EXPECT_TRUE(HiDPI::pointModes({1920, -1080}).empty());
+    const std::pair<HiDPI::PixelSize, const char*> cases[] = {
+        {{1920, 1080},
+         "1920x1080 1728x972 1536x864 1440x810 1280x720 1200x674 1152x648 "
+         "1080x608 960x540"},
+        // 3840 doubled is exactly the 8K bound, so it stays.
+        {{3840, 2160},
+         "3840x2160 3456x1944 3072x1728 2880x1620 2560x1440 2400x1350 2304x1296 "
+         "2160x1214 1920x1080"},
+        // 0.6 and below fall under the 800-point floor.
+        {{1280, 1024}, "1280x1024 1152x922 1024x818 960x768 852x682 800x640"},
+        // Only the halves of an 8K-wide panel fit; nonsense sizes give nothing.
+        {{7680, 4320}, "3840x2160"},
+        {{640, 480}, ""},
+        {{INT64_MAX, INT64_MIN}, ""},
+        {{1920, -1080}, ""}};
+    for (const auto& [native, sizes] : cases)
+        EXPECT_EQ(text(HiDPI::pointModes(native)), sizes) << native.first << "x" << native.second;
 }
 
 class HiDPITest : public test::VirtualScenario {
@@ -116,6 +105,18 @@ TEST_F(HiDPITest, MonitorMirrorsItsVirtualDisplayOneSecondLater) {
     EXPECT_TRUE(hidpi->enable(2));
     EXPECT_EQ(state()["virtualDisplays"].size(), 1u);
     EXPECT_EQ(scheduler.pendingCount(), 0u);
+
+    // Switching off ends the mirror and releases the display, but the choice is kept.
+    hidpi->disable(2, /*remember=*/false);
+    EXPECT_EQ(stateOf(2)["mirrorOf"], 0);
+    EXPECT_TRUE(state()["virtualDisplays"].empty());
+    EXPECT_TRUE(displays->virtualIDs().empty());
+    EXPECT_FALSE(hidpi->isOn(2));
+    EXPECT_EQ(storedKeys(), (std::vector<std::string>{kOfficeKey}));
+    // Forgetting the choice also works without a session; only a session logs.
+    hidpi->disable(2, /*remember=*/true);
+    EXPECT_EQ(storedKeys(), std::vector<std::string>{});
+    EXPECT_EQ(logged(), (Lines{"hidpi: display 2 back to 1×"}));
 }
 
 TEST_F(HiDPITest, UnmeasuredSlowProjectorAndATieBetweenSizes) {
@@ -151,27 +152,6 @@ TEST_F(HiDPITest, DisplaysThatCannotHaveASession) {
     EXPECT_EQ(hidpi->virtualFor(2), std::nullopt);
     EXPECT_FALSE(storedKeys());
     EXPECT_EQ(scheduler.pendingCount(), 0u);
-}
-
-TEST_F(HiDPITest, DisableEndsTheMirrorAndReleasesTheDisplay) {
-    startFixture(kMonitors);
-    startHiDPI();
-    hidpi->enable(2);
-    scheduler.advance(1.0);
-    logged();
-
-    hidpi->disable(2, /*remember=*/false);
-    EXPECT_EQ(stateOf(2)["mirrorOf"], 0);
-    EXPECT_TRUE(stateOf(100).is_null());
-    EXPECT_TRUE(state()["virtualDisplays"].empty());
-    EXPECT_TRUE(displays->virtualIDs().empty());
-    EXPECT_FALSE(hidpi->isOn(2));
-    EXPECT_EQ(storedKeys(), (std::vector<std::string>{kOfficeKey}));
-
-    // Forgetting the choice also works without a session; only a session logs.
-    hidpi->disable(2, /*remember=*/true);
-    EXPECT_EQ(storedKeys(), std::vector<std::string>{});
-    EXPECT_EQ(logged(), (Lines{"hidpi: display 2 back to 1×"}));
 }
 
 TEST_F(HiDPITest, MirroringStepSkipsAnEndedSessionOrAGoneManager) {
@@ -218,27 +198,22 @@ TEST_F(HiDPITest, RememberedMonitorReturnsWhenPluggedInAndReconciled) {
     EXPECT_TRUE(state()["virtualDisplays"].empty());
     EXPECT_EQ(storedKeys(), (std::vector<std::string>{kOfficeKey}));
     EXPECT_EQ(logged().back(), "hidpi: display 2 gone, its virtual screen released");
-}
 
-TEST_F(HiDPITest, StopAllKeepsTheChoiceForTheNextStart) {
-    startFixture(kMonitors);
-    startHiDPI();
-    hidpi->enable(2);
+    // Stopping everything at quit keeps the choice for the next start, silently.
+    machine->setOnline(2, true);
     hidpi->enable(3);
+    hidpi->reconcile();
     scheduler.advance(1.0);
     logged();
-
     hidpi->stopAll();
     EXPECT_EQ(stateOf(2)["mirrorOf"], 0);
     EXPECT_EQ(stateOf(3)["mirrorOf"], 0);
     EXPECT_TRUE(state()["virtualDisplays"].empty());
     EXPECT_TRUE(hidpi->virtualByExternal().empty());
     EXPECT_TRUE(logged().empty());
-
     startHiDPI();
     hidpi->reconcile();
-    EXPECT_TRUE(hidpi->isOn(2));
-    EXPECT_TRUE(hidpi->isOn(3));
+    EXPECT_TRUE(hidpi->isOn(2) && hidpi->isOn(3));
     EXPECT_FALSE(hidpi->isOn(4));
 }
 

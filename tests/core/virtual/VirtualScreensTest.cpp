@@ -36,7 +36,7 @@ class VirtualScreensTest : public test::VirtualScenario {
     std::unique_ptr<VirtualScreens> screens;
 };
 
-TEST_F(VirtualScreensTest, IdsCountUpFromTheMarkerAndTheNewestIsReused) {
+TEST_F(VirtualScreensTest, IdsCountUpFromTheMarkerScreensSwitchAndTheNewestIdIsReused) {
     startFixture(kMonitors);
     startScreens();
     const auto desk = screens->add("Desk", 1920, 1080, 60, false);
@@ -57,8 +57,21 @@ TEST_F(VirtualScreensTest, IdsCountUpFromTheMarkerAndTheNewestIsReused) {
     EXPECT_EQ(displays->virtualIDs(), (std::set<DisplayID>{100}));
     EXPECT_EQ(stored(), (Configs{desk, side}));
 
+    logged();
+
+    screens->setEnabled(desk.id, true);  // already live: no second display
+    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{100, 101}));
+    screens->setEnabled(desk.id, false);
+    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{101}));
+    EXPECT_FALSE(stored()->front().enabled);
+    screens->setEnabled(0x4C4D0009, true);  // unknown: nothing at all
+    screens->setEnabled(desk.id, true);
+    EXPECT_EQ(stored(), (Configs{desk, side}));
+    EXPECT_EQ(logged(), (Lines{"virtual screen 'Desk' off",
+                               "virtual screen 'Desk' 1920×1080 on (display 102)"}));
+
     screens->remove(side.id);
-    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{100}));
+    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{102}));
     EXPECT_EQ(screens->displayID(side), std::nullopt);
     EXPECT_EQ(screens->add("Third", 1280, 720, 60, false).id, 0x4C4D0002u);
     screens->remove(desk.id);
@@ -67,27 +80,17 @@ TEST_F(VirtualScreensTest, IdsCountUpFromTheMarkerAndTheNewestIsReused) {
     EXPECT_EQ(screens->configs().size(), 2u);
 }
 
-TEST_F(VirtualScreensTest, SwitchingOnAndOff) {
+TEST_F(VirtualScreensTest, ScreensThatCannotBeCreatedAreKeptEnabledAndLogged) {
     startFixture(kMonitors);
     startScreens();
-    const auto desk = screens->add("Desk", 1920, 1080, 60, false);
-    logged();
-
-    screens->setEnabled(desk.id, true);  // already live: no second display
-    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{100}));
-    screens->setEnabled(desk.id, false);
+    // Sizes outside 32 bits never reach the platform.
+    screens->add("Wide", 0x100000000, 1080, 60, false);
+    screens->add("Negative", 1920, -1080, 60, true);
+    screens->add("Flat", 1920, 0, 60, false);
     EXPECT_TRUE(liveIDs().empty());
-    EXPECT_FALSE(stored()->front().enabled);
-    EXPECT_TRUE(displays->virtualIDs().empty());
-    screens->setEnabled(0x4C4D0009, true);  // unknown: nothing at all
-    screens->setEnabled(desk.id, true);
-    EXPECT_EQ(liveIDs(), (std::vector<DisplayID>{100}));
-    EXPECT_EQ(stored(), (Configs{desk}));
-    EXPECT_EQ(logged(), (Lines{"virtual screen 'Desk' off",
-                               "virtual screen 'Desk' 1920×1080 on (display 100)"}));
-}
+    EXPECT_EQ(stored()->size(), 3u);
 
-TEST_F(VirtualScreensTest, WithoutTheFacilityTheDefinitionStaysEnabled) {
+    defaults.remove(VirtualScreens::kStorageKey);
     startFixture(kMonitors, /*virtualDisplays=*/false);
     startScreens();
     EXPECT_FALSE(screens->available());
@@ -96,21 +99,11 @@ TEST_F(VirtualScreensTest, WithoutTheFacilityTheDefinitionStaysEnabled) {
     EXPECT_EQ(screens->displayID(desk), std::nullopt);
     EXPECT_EQ(stored(), (Configs{desk}));
     screens->startEnabled();
-    EXPECT_EQ(logged(), (Lines{"virtual screen 'Desk' could not be created",
-                               "virtual screen 'Desk' could not be created"}));
-}
-
-TEST_F(VirtualScreensTest, SizesOutsideThirtyTwoBitsNeverReachThePlatform) {
-    startFixture(kMonitors);
-    startScreens();
-    screens->add("Wide", 0x100000000, 1080, 60, false);
-    screens->add("Negative", 1920, -1080, 60, true);
-    screens->add("Flat", 1920, 0, 60, false);
-    EXPECT_TRUE(liveIDs().empty());
     EXPECT_EQ(logged(), (Lines{"virtual screen 'Wide' could not be created",
                                "virtual screen 'Negative' could not be created",
-                               "virtual screen 'Flat' could not be created"}));
-    EXPECT_EQ(stored()->size(), 3u);
+                               "virtual screen 'Flat' could not be created",
+                               "virtual screen 'Desk' could not be created",
+                               "virtual screen 'Desk' could not be created"}));
 }
 
 TEST_F(VirtualScreensTest, StartEnabledAndStopAll) {
@@ -131,6 +124,13 @@ TEST_F(VirtualScreensTest, StartEnabledAndStopAll) {
     EXPECT_EQ(screens->configs().size(), 4u);
     screens->startEnabled();
     EXPECT_EQ(liveIDs().size(), 3u);
+
+    // A stored id at the top of the range: the lowest free number of the range comes next.
+    store({{0xFFFFFFFE, "Last but one", 1920, 1080, 60, false, false},
+           {VirtualScreens::kFirstID, "First", 1920, 1080, 60, false, false}});
+    startScreens();
+    EXPECT_EQ(screens->add("Last", 1920, 1080, 60, false).id, 0xFFFFFFFFu);
+    EXPECT_EQ(screens->add("Beyond", 1920, 1080, 60, false).id, VirtualScreens::kFirstID + 1);
 }
 
 TEST_F(VirtualScreensTest, UndecodableStoredListIsEmptyAndOverwritten) {
@@ -163,17 +163,6 @@ TEST_F(VirtualScreensTest, SavingReplacesTheVirtualIdSet) {
     EXPECT_EQ(displays->virtualIDs(), (std::set<DisplayID>{101}));
     // The backing display still counts as virtual through its vendor number.
     EXPECT_TRUE(displays->isVirtual(100));
-}
-
-TEST_F(VirtualScreensTest, TopIdFromStoredDataDoesNotStopTheNextAdd) {
-    store({{0xFFFFFFFE, "Last but one", 1920, 1080, 60, false, false},
-           {VirtualScreens::kFirstID, "First", 1920, 1080, 60, false, false}});
-    startFixture(kMonitors);
-    startScreens();
-    EXPECT_EQ(screens->add("Last", 1920, 1080, 60, false).id, 0xFFFFFFFFu);
-    // The range's top is taken: the lowest free number of the range comes next.
-    EXPECT_EQ(screens->add("Beyond", 1920, 1080, 60, false).id, VirtualScreens::kFirstID + 1);
-    EXPECT_EQ(screens->configs().size(), 4u);
 }
 
 }  // namespace

@@ -1,16 +1,72 @@
-// The closed-alone duties (re-sleeping a woken display with a throttled log, the timed system
-// sleep and its re-arm), didWake, and the configuration switches.
+// The lid machine, driven by recorded samples: the debounced state, the first decision at
+// start-up, every change of mode with its panel duties, the closed-alone duties (re-sleeping a
+// woken display with a throttled log, the timed system sleep and its re-arm), didWake and the
+// configuration switches.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
-#include "LidTrace.h"
+#include "lid/LidMachine.h"
 
 namespace lumora {
 namespace {
 
-using namespace test;
+using Actions = std::vector<LidAction>;
+using A = LidAction;
+
+// One recorded sample. The panel is online and awake unless a step says otherwise.
+struct Sample {
+    double now = 0;
+    std::optional<std::int64_t> angle;
+    std::int64_t externals = 0;
+    bool builtinOnline = true;
+    bool builtinAsleep = false;
+};
+
+using Step = std::pair<Sample, Actions>;  // a sample and the actions it must give
+
+// Feeds the samples in order and checks every step's actions exactly.
+void play(LidMachine& machine, const std::vector<Step>& steps) {
+    for (const auto& [s, expected] : steps) {
+        SCOPED_TRACE("t=" + std::to_string(s.now));
+        EXPECT_EQ(machine.tick({s.now, s.angle, s.externals, s.builtinOnline, s.builtinAsleep}),
+                  expected);
+    }
+}
+
+// A fresh machine fed the steps, for traces that start from nothing.
+LidMachine played(const std::vector<Step>& steps, const LidConfig& config = {}) {
+    LidMachine machine{config};
+    play(machine, steps);
+    return machine;
+}
+
+LidAction say(std::string message) {
+    return LidAction::log(std::move(message));
+}
+
+constexpr const char* kFirstSleep = "lid closed, nothing external: display sleep";
+constexpr const char* kSystemSleep600 =
+    "lid closed 600 s without an external display: system sleep";
+
+std::string wokeAgain(int sofar) {
+    return "display woke with the lid closed (HID tickle): display sleep again (" +
+           std::to_string(sofar) + " so far)";
+}
+
+// Entering closedAlone with the panel online and awake: every duty at once.
+Actions closedAloneAwake(const std::string& from, std::int64_t angle) {
+    return {
+        say("mode " + from + " -> closedAlone (angle " + std::to_string(angle) + ", external 0)"),
+        A::dimBuiltin(true), say(kFirstSleep), A::displaySleep()};
+}
 
 std::string wokeClosed(const std::string& seconds) {
     return "woke with the lid closed and nothing external: display stays dark, system sleep in " +
@@ -22,6 +78,95 @@ void closeAloneAsleep(LidMachine& m) {
     play(m, {{{0, 2, 0, true, true}, {}},
              {{1.5, 2, 0, true, true},
               {say("mode unknown -> closedAlone (angle 2, external 0)"), A::dimBuiltin(true)}}});
+}
+
+TEST(LidState, DebounceBandAndImplausibleAngles) {
+    constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+    LidMachine m{LidConfig{}};
+    play(m, {{{0, 80}, {say("mode unknown -> open (angle 80, external 0)")}},
+             {{1, 3}, {}},
+             {{2, 10}, {}},  // back into the band: the attempt from t=1 is void
+             {{2.5, 3}, {}},
+             {{3.0, 3}, {}},   // would have closed had the attempt not restarted
+             {{3.5, 16}, {}},  // open at once: this attempt is void too
+             {{4, 6}, {}},     // just above closeAngle: no attempt at all
+             {{10, 6}, {}},
+             {{11, 5}, {}},  // closeAngle itself counts as closing
+             {{12.4999, 5}, {}},
+             {{12.5, 5}, closedAloneAwake("open", 5)}});
+    EXPECT_TRUE(m.lidClosed());
+    EXPECT_EQ(m.sleepDeadline(), 612.5);
+    // Closed, in the band or without a reading: stays closed (the panel is asleep, so no
+    // duties show).
+    play(m, {{{13, 10, 0, true, true}, {}},
+             {{14, 14, 0, true, true}, {}},
+             {{15, std::nullopt, 0, true, true}, {}},
+             {{16, 15, 0, true, true},
+              {say("mode closedAlone -> open (angle 15, external 0)"), A::dimBuiltin(false),
+               A::wakeDisplay()}}});
+    EXPECT_FALSE(m.lidClosed());
+
+    // Angles above 300 are implausible and count as closed; the log shows them raw.
+    play(m, {{{17, 300}, {}},
+             {{18, 301}, {}},
+             {{19.5, kMax}, closedAloneAwake("open", kMax)},
+             {{20, 300, 0, true, true},
+              {say("mode closedAlone -> open (angle 300, external 0)"), A::dimBuiltin(false),
+               A::wakeDisplay()}},
+             {{21, kMin, -5, true, true}, {}},
+             {{22.5, kMin, -5, true, true},
+              {say("mode open -> closedAlone (angle -9223372036854775808, external -5)"),
+               A::dimBuiltin(true)}}});
+}
+
+TEST(LidState, FirstDecisionNeverWakesAndWaitsForADebounceInProgress) {
+    played({{{0, 80, 0, false},
+             {say("mode unknown -> open (angle 80, external 0)"), A::setPanel(true)}}});
+    played({{{0, std::nullopt, 2}, {say("mode unknown -> open (angle ?, external 2)")}}});
+
+    LidMachine alone{LidConfig{}};
+    play(alone, {{{0, 2}, {}}, {{1, 2}, {}}});
+    EXPECT_EQ(alone.mode(), LidMode::unknown);
+    play(alone, {{{1.5, 2}, closedAloneAwake("unknown", 2)}});
+
+    played({{{0, 2}, {}}, {{0.5, 10}, {say("mode unknown -> open (angle 10, external 0)")}}});
+}
+
+TEST(LidState, ModesFollowTheExternalsAndThePanelIsRetriedEveryFiveSeconds) {
+    LidMachine m{LidConfig{}};
+    play(m, {{{0, 80, 1}, {say("mode unknown -> open (angle 80, external 1)")}},
+             {{1, 2, 1}, {}},
+             {{2.5, 2, 1},
+              {say("mode open -> closedExternal (angle 2, external 1)"), A::setPanel(false)}},
+             {{7.4, 2, 1}, {}},
+             {{7.5, 2, 1}, {A::setPanel(false)}},  // the first attempt did not take
+             {{8, 2, 1, false}, {}},
+             // Unplugged: the panel we switched off comes back first, at once.
+             {{8.5, 2, 0, false},
+              {say("mode closedExternal -> closedAlone (angle 2, external 0)"), A::setPanel(true)}},
+             {{9, 2, 0}, {A::dimBuiltin(true), say(kFirstSleep), A::displaySleep()}},
+             {{9.2, 2, 3},
+              {say("mode closedAlone -> closedExternal (angle 2, external 3)"),
+               A::dimBuiltin(false), A::setPanel(false)}},
+             // Back within resleepInterval of the last display sleep: every duty starts over.
+             {{9.5, 2, 0}, closedAloneAwake("closedExternal", 2)},
+             {{9.7, 2, 1},
+              {say("mode closedAlone -> closedExternal (angle 2, external 1)"),
+               A::dimBuiltin(false), A::setPanel(false)}},
+             // Opening brings the panel back at once, whenever the last panel command was.
+             {{10, 80, 1, false},
+              {say("mode closedExternal -> open (angle 80, external 1)"), A::wakeDisplay(),
+               A::setPanel(true)}},
+             {{14.9, 80, 1, false}, {}},
+             {{15, 80, 1, false}, {A::setPanel(true)}},
+             {{16, 2, 0}, {}},
+             {{17.5, 2, 0}, closedAloneAwake("open", 2)},
+             {{20, 80, 0, false},
+              {say("mode closedAlone -> open (angle 80, external 0)"), A::dimBuiltin(false),
+               A::wakeDisplay(), A::setPanel(true)}}});
+    EXPECT_FALSE(m.dimmedNow());
+    EXPECT_EQ(m.sleepDeadline(), std::nullopt);
 }
 
 TEST(LidDuties, WokenDisplayIsPutBackToSleepWithALogLineAMinuteAndTheSystemAfter600s) {
