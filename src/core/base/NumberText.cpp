@@ -62,7 +62,10 @@ Decimal toDecimal(double value, int significant) {
 
 std::string scientific(const Decimal& d) {
     std::string text = d.digits.substr(0, 1);
-    if (d.digits.size() > 1) text += "." + d.digits.substr(1);
+    if (d.digits.size() > 1) {
+        text += '.';
+        text.append(d.digits, 1);
+    }
     const std::string power = std::to_string(std::abs(d.exponent));
     text += d.exponent < 0 ? "e-" : "e+";
     text += std::string(power.size() < kMinExponentDigits ? kMinExponentDigits - power.size() : 0,
