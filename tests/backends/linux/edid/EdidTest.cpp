@@ -68,13 +68,5 @@ TEST(Edid, DecodesIdentityNamesAndSize) {
         EXPECT_EQ(parseEdid(c.edid), c.expected) << c.what;
 }
 
-TEST(Edid, ChecksumCoversTheBaseBlockOnly) {
-    const Bytes good = makeEdid({.name = "X"});
-    EXPECT_TRUE(edidChecksumValid(good));
-    EXPECT_TRUE(edidChecksumValid(withExtension(good)));
-    EXPECT_FALSE(edidChecksumValid(corrupt(good, 10, 0x55)));
-    EXPECT_FALSE(edidChecksumValid(truncated(good, 64)));
-}
-
 }  // namespace
 }  // namespace lumora::lx

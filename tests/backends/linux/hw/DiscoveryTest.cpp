@@ -1,9 +1,10 @@
-// Which I2C buses become DDC/CI entries, read from temporary sysfs trees.
+// Which I2C buses become DDC/CI entries, read from temporary sysfs trees, and what a bus that
+// cannot be opened tells the user.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <tuple>
 
-#include "FakeI2c.h"
 #include "SysfsTree.h"
 #include "hw/DisplayBuses.h"
 #include "hw/LinuxAVServices.h"
@@ -19,6 +20,24 @@ std::vector<Bus> buses(const std::filesystem::path& root) {
         seen.emplace_back(b.number, b.connector, b.external);
     return seen;
 }
+
+// Fails to open the paths in `errors` with their errno; other buses open and answer nothing.
+class FailingDevices final : public I2cDevices {
+  public:
+    Opened open(const std::string& path) override {
+        if (auto found = errors.find(path); found != errors.end()) return {nullptr, found->second};
+        return {std::make_unique<Silent>(), kSysOK};
+    }
+    std::map<std::string, SysError> errors;
+
+  private:
+    struct Silent final : I2cDevice {
+        SysError setSlave(std::uint8_t) override { return ENXIO; }
+        SysError read(std::span<std::uint8_t>) override { return ENXIO; }
+        SysError write(std::span<const std::uint8_t>) override { return ENXIO; }
+        SysError transfer(std::span<const I2cMessage>) override { return ENXIO; }
+    };
+};
 
 constexpr auto kIntel = "pci0000:00/0000:00:02.0";
 constexpr auto kNvidia = "pci0000:00/0000:00:01.0/0000:01:00.0";
@@ -94,7 +113,7 @@ TEST(LinuxAVServicesTest, EntriesNameTheirDisplaysAndKeepBusNumbersAsHandles) {
              return std::nullopt;
          },
          .log = nullptr,
-         .devices = std::make_shared<test::FakeDevices>()});
+         .devices = std::make_shared<FailingDevices>()});
     std::vector<std::tuple<bool, std::optional<DisplayID>, std::uint64_t>> seen;
     for (const auto& e : services.entries())
         seen.emplace_back(e.external, e.display, e.handle);
@@ -104,6 +123,38 @@ TEST(LinuxAVServicesTest, EntriesNameTheirDisplaysAndKeepBusNumbersAsHandles) {
                                     {true, std::nullopt, 9},
                                     {true, std::nullopt, 10}}));
     EXPECT_EQ(asked, (std::vector<std::string>{"HDMI-A-1", "eDP-1", "DP-2"}));
+}
+
+TEST(LinuxAVServicesTest, ABusThatCannotBeOpenedIsExplainedOncePerBus) {
+    auto devices = std::make_shared<FailingDevices>();
+    std::vector<std::string> logged;
+    LinuxAVServices services{{.sysfsRoot = "/nonexistent",
+                              .devRoot = "/dev",
+                              .displayFor = nullptr,
+                              .log = [&](const std::string& line) { logged.push_back(line); },
+                              .devices = devices}};
+    const auto open = [&](unsigned bus) { return services.create({true, std::nullopt, bus}); };
+    devices->errors = {{"/dev/i2c-4", EACCES}, {"/dev/i2c-5", ENOENT}, {"/dev/i2c-6", EIO}};
+    for (int round = 0; round < 2; ++round) {
+        for (unsigned n : {4, 5, 6})
+            EXPECT_FALSE(open(n)) << n;
+    }
+    const std::vector<std::string> expected = {
+        "DDC/CI: no permission to open /dev/i2c-4. Load the i2c-dev module (sudo modprobe "
+        "i2c-dev) and install Lumora's udev rule 60-lumora-i2c.rules, which lets the logged-in "
+        "user use the display buses without root; then log in again.",
+        "DDC/CI: /dev/i2c-5 is missing: the i2c-dev module is not loaded. Load it with sudo "
+        "modprobe i2c-dev (Lumora's package loads it at boot).",
+        "DDC/CI: cannot open /dev/i2c-6: Input/output error.",
+    };
+    EXPECT_EQ(logged, expected);
+    EXPECT_EQ(services.problems(), expected);
+
+    devices->errors.erase("/dev/i2c-4");
+    EXPECT_TRUE(open(4));
+    EXPECT_EQ(services.problems(),
+              (std::vector<std::string>(expected.begin() + 1, expected.end())));
+    EXPECT_EQ(logged.size(), expected.size());
 }
 
 }  // namespace

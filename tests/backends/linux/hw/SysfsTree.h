@@ -1,31 +1,17 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
+
+#include "support/TestSupport.h"
 
 namespace lumora::lx::test {
 
 // A private temporary folder laid out like /sys, removed again at the end.
 class SysfsTree {
   public:
-    SysfsTree() {
-        std::random_device random;
-        root_ = std::filesystem::temp_directory_path() /
-                ("lumora-hw-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(root_);
-    }
-    ~SysfsTree() {
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
-    }
-    SysfsTree(const SysfsTree&) = delete;
-    SysfsTree& operator=(const SysfsTree&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& root() const { return root_; }
+    [[nodiscard]] const std::filesystem::path& root() const { return dir_.path(); }
 
     void file(const std::string& path, const std::string& text) {
         const auto at = root_ / path;
@@ -56,7 +42,8 @@ class SysfsTree {
     }
 
   private:
-    std::filesystem::path root_;
+    lumora::test::TempDir dir_;
+    const std::filesystem::path& root_ = dir_.path();
 };
 
 }  // namespace lumora::lx::test

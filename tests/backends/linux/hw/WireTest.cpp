@@ -10,9 +10,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstdio>
+#include <deque>
 #include <mutex>
 
-#include "FakeI2c.h"
 #include "SysfsTree.h"
 #include "ddc/DDCService.h"
 #include "ddc/DdcPacket.h"
@@ -20,6 +21,19 @@
 
 namespace lumora::lx::test {
 namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// "51 82 01 10 AC".
+std::string hexBytes(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    for (auto b : bytes) {
+        char two[4];
+        std::snprintf(two, sizeof two, "%s%02X", text.empty() ? "" : " ", b);
+        text += two;
+    }
+    return text;
+}
 
 // The kernel behind one /dev/i2c-N. Each call takes the next entry of `outcomes` (0, or the
 // errno to fail with; none left means success); a successful read, or read message of
@@ -210,21 +224,24 @@ TEST_F(WireTest, GetVcpBrightnessIsOpenIoctlWriteReadClose) {
 }
 
 TEST_F(WireTest, InterruptedCallsAreRepeatedAndFailuresKeepTheirErrno) {
-    kernel.outcomes = {0, EINTR, 0, EINTR, 0, EINTR, 0, EBUSY, EREMOTEIO};
+    kernel.outcomes = {0, EINTR, 0, EINTR, 0, EINTR, 0, EBUSY, EREMOTEIO, EBUSY};
     kernel.reads = {{0x6E, 0x88}};
     auto channel = services.create(onlyEntry());
     ASSERT_TRUE(channel);
     Bytes reply(11), edid(128);
     EXPECT_EQ(channel->writeI2C(0x37, 0x51, Bytes{0x82, 0x01, 0x10, 0xAC}), kI2COK);
     EXPECT_EQ(channel->readI2C(0x37, 0x51, reply), EIO) << "two bytes of eleven";
-    EXPECT_EQ(channel->readI2C(0x50, 0x00, edid), EBUSY);
+    EXPECT_EQ(channel->readI2C(0x50, 0x80, edid), EBUSY);
     EXPECT_EQ(channel->readI2C(0x37, 0x51, reply), EREMOTEIO);
+    EXPECT_EQ(channel->writeI2C(0x50, 0x00, {}), EBUSY);
+    EXPECT_EQ(channel->writeI2C(0x50, 0x00, {}), kI2COK) << "selects again after a failure";
     channel.reset();
     EXPECT_EQ(kernel.calls,
-              (std::vector<std::string>{"open i2c-4 O_RDWR|O_CLOEXEC", "ioctl I2C_SLAVE 37",
-                                        "ioctl I2C_SLAVE 37", "write 51 82 01 10 AC",
-                                        "write 51 82 01 10 AC", "read 11", "read 11",
-                                        "ioctl I2C_RDWR w50[00] r50[128]", "read 11", "close"}));
+              (std::vector<std::string>{
+                  "open i2c-4 O_RDWR|O_CLOEXEC", "ioctl I2C_SLAVE 37", "ioctl I2C_SLAVE 37",
+                  "write 51 82 01 10 AC", "write 51 82 01 10 AC", "read 11", "read 11",
+                  "ioctl I2C_RDWR w50[80] r50[128]", "read 11", "ioctl I2C_SLAVE 50",
+                  "ioctl I2C_SLAVE 50", "write 00", "close"}));
 
     kernel.outcomes = {EACCES};
     EXPECT_FALSE(services.create(onlyEntry()));

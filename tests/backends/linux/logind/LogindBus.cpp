@@ -1,13 +1,9 @@
 #include "LogindBus.h"
 
-#include <sys/prctl.h>
-
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
 #include <QDBusVariant>
-#include <QStandardPaths>
-#include <csignal>
 #include <thread>
 
 namespace lumora::test {
@@ -15,7 +11,6 @@ namespace lumora::test {
 namespace {
 
 const QString kService = QStringLiteral("org.freedesktop.login1");
-constexpr int kWaitMs = 5000;
 
 // QtDBus wants one application for the whole program, alive as long as any connection.
 void ensureApp() {
@@ -26,74 +21,38 @@ void ensureApp() {
     (void)app;
 }
 
-// Started so that it ends with the test program, even when that crashes.
-void start(QProcess& process, const QString& program, const QStringList& args) {
-    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
-    process.start(program, args);
-}
-
-void stop(QProcess& process) {
-    if (process.state() == QProcess::NotRunning) return;
-    process.terminate();
-    if (!process.waitForFinished(kWaitMs)) process.kill();
-    process.waitForFinished(kWaitMs);
-}
-
 }  // namespace
 
 std::string LogindBus::missing() {
-    ensureApp();
-    static const std::string why = [] {
-        if (QStandardPaths::findExecutable("dbus-daemon").isEmpty()) {
-            return "dbus-daemon is not installed";
-        }
-        QProcess probe;
-        probe.start("/usr/bin/python3", {"-c", "import dbusmock"});
-        const bool ok = probe.waitForFinished(kWaitMs) &&
-                        probe.exitStatus() == QProcess::NormalExit && probe.exitCode() == 0;
-        return ok ? "" : "python3-dbusmock is not installed for /usr/bin/python3";
-    }();
-    return why;
+    if (!wltest::installed("dbus-daemon")) return "dbus-daemon is not installed";
+    return wltest::hasDbusmock() ? "" : "python3-dbusmock is not installed for /usr/bin/python3";
 }
 
 LogindBus::LogindBus(bool withLogind) {
     ensureApp();
     static int count = 0;
     name_ = QStringLiteral("lumora-logind-test-%1").arg(++count);
-    start(daemon_, "dbus-daemon",
-          {"--session", "--nofork", "--print-address",
-           QString::fromStdString("--address=unix:dir=" + dir_.path().string())});
-    QByteArray address;
-    while (!address.contains('\n') && daemon_.waitForReadyRead(kWaitMs)) {
-        address += daemon_.readAllStandardOutput();
-    }
-    const QString bus = QString::fromUtf8(address.trimmed());
-    if (bus.isEmpty() || !QDBusConnection::connectToBus(bus, name_).isConnected()) {
-        failure = "no private bus: " + daemon_.errorString().toStdString();
+    if (!bus_.problem().empty() ||
+        !QDBusConnection::connectToBus(QString::fromStdString(bus_.address()), name_)
+             .isConnected()) {
+        failure = "no private bus: " + bus_.problem();
         return;
     }
     if (!withLogind) return;
-
     // The template is for the system bus: here that is the private one.
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("DBUS_SYSTEM_BUS_ADDRESS", bus);
-    logind_.setProcessEnvironment(env);
-    logind_.setProcessChannelMode(QProcess::MergedChannels);
-    logind_.setStandardOutputFile(QString::fromStdString((dir_ / "logind.out").string()));
-    start(logind_, "/usr/bin/python3", {"-m", "dbusmock", "--template", "logind"});
-    const auto registered = [&] {
-        return QDBusConnection(name_).interface()->isServiceRegistered(kService).value();
-    };
-    if (!spinUntil([&] { return logind_.state() == QProcess::NotRunning || registered(); }) ||
-        !registered()) {
-        failure = "the logind mock did not start: " + readFile(dir_ / "logind.out");
+    logind_.emplace(
+        std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template", "logind"},
+        std::vector<std::string>{"DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address()},
+        bus_.dir() / "logind.out");
+    if (!spinUntil([&] {
+            return QDBusConnection(name_).interface()->isServiceRegistered(kService).value();
+        })) {
+        failure = "the logind mock did not start: " + readFile(bus_.dir() / "logind.out");
     }
 }
 
 LogindBus::~LogindBus() {
     QDBusConnection::disconnectFromBus(name_);
-    stop(logind_);
-    stop(daemon_);
 }
 
 std::shared_ptr<lx::LogindClient> LogindBus::client(Lines& lines, std::string sessionId) const {

@@ -4,13 +4,13 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QProcess>
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "backends/linux/wayland/support/ServerProcess.h"
 #include "logind/LogindClient.h"
 #include "support/TestSupport.h"
 
@@ -22,8 +22,8 @@ using Calls = std::vector<Lines>;
 inline const QString kLogindPath = QStringLiteral("/org/freedesktop/login1");
 inline const QString kManager = QStringLiteral("org.freedesktop.login1.Manager");
 
-// A private message bus in a temporary folder, with python3-dbusmock's logind template on it
-// unless asked for a bus without logind. Both processes stop with the object.
+// A private message bus with python3-dbusmock's logind template on it unless asked for a bus
+// without logind. Both processes stop with the object.
 class LogindBus {
   public:
     // Why the bus cannot run on this machine; empty when it can.
@@ -50,9 +50,8 @@ class LogindBus {
     [[nodiscard]] bool inhibited() const;
 
   private:
-    TempDir dir_;
-    QProcess daemon_;
-    QProcess logind_;
+    wltest::PrivateBus bus_;
+    std::optional<wltest::ChildProcess> logind_;  // stopped before the bus
     QString name_;
 };
 

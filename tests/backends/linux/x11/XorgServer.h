@@ -1,10 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
+#include "backends/linux/wayland/support/ServerProcess.h"
 
 namespace lumora::lx::test {
 
@@ -15,26 +16,20 @@ class XorgServer {
     // Nothing, with the reason in `whyNot`, when Xorg or the dummy driver is missing or the
     // server does not come up.
     static std::unique_ptr<XorgServer> start(std::string& whyNot);
-    ~XorgServer();
-    XorgServer(const XorgServer&) = delete;
-    XorgServer& operator=(const XorgServer&) = delete;
 
     [[nodiscard]] const std::string& display() const { return display_; }
     // Stops the server now, as if it crashed.
-    void kill();
+    void kill() { xorg_.reset(); }
 
   private:
-    XorgServer(pid_t pid, std::string display, std::string folder);
+    XorgServer() = default;
 
-    pid_t pid_;
+    wltest::TempDir dir_;
+    std::optional<wltest::ChildProcess> xorg_;  // stopped before its folder goes
     std::string display_;
-    std::string folder_;
 };
 
-struct ToolResult {
-    int exitCode = -1;
-    std::string output;  // standard output
-};
+using ToolResult = wltest::CommandResult;
 
 // Runs an X client (xrandr, xdotool, ...) against `display` and waits for it.
 ToolResult runTool(const std::vector<std::string>& argv, const std::string& display);

@@ -13,25 +13,22 @@ MutterMode mode(std::string id, std::int32_t w, std::int32_t h, bool current) {
     return MutterMode{std::move(id), w, h, 60.0, 1.0, {1.0}, current, current};
 }
 
+MutterMonitor monitor(std::string connector, std::vector<MutterMode> modes) {
+    MutterMonitor m;
+    m.connector = std::move(connector);
+    m.modes = std::move(modes);
+    return m;
+}
+
 // DP-1 (1920×1080, primary) at the origin, DP-2 (2560×1440, also 1920×1080) right of it,
 // HDMI-1 (1280×1024 only) right of that.
 MutterState threeMonitors() {
     MutterState s;
     s.serial = 5;
     s.layout = MutterLayout::physical;
-    s.monitors = {
-        {"DP-1", "DEL", "A", "1", {mode("fhd", 1920, 1080, true)}, false, "", 0, 0},
-        {"DP-2",
-         "DEL",
-         "B",
-         "2",
-         {mode("qhd", 2560, 1440, true), mode("fhd2", 1920, 1080, false)},
-         false,
-         "",
-         0,
-         0},
-        {"HDMI-1", "GSM", "C", "3", {mode("sxga", 1280, 1024, true)}, false, "", 0, 0},
-    };
+    s.monitors = {monitor("DP-1", {mode("fhd", 1920, 1080, true)}),
+                  monitor("DP-2", {mode("qhd", 2560, 1440, true), mode("fhd2", 1920, 1080, false)}),
+                  monitor("HDMI-1", {mode("sxga", 1280, 1024, true)})};
     s.logicalMonitors = {{0, 0, 1.0, 0, true, {"DP-1"}},
                          {1920, 0, 1.0, 0, false, {"DP-2"}},
                          {4480, 0, 1.0, 0, false, {"HDMI-1"}}};

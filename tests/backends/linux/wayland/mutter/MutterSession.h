@@ -47,65 +47,53 @@ class MutterSession {
     enum class Kind { mutter, emptyBus, standIn };
 
     explicit MutterSession(Kind kind = Kind::mutter, const std::string& parameters = "{}") {
-        if (kind == Kind::standIn && std::system(kHasDbusmock) != 0) {
+        if (kind == Kind::standIn && !hasDbusmock()) {
             problem_ = "python3-dbusmock is not installed for /usr/bin/python3";
             return;
         }
-        for (const char* program : {"mutter", "dbus-daemon", "gdbus"}) {
+        for (const char* program : {"mutter", "gdbus"}) {
             if (!installed(program)) {
                 problem_ = std::string(program) +
-                           " is not installed (Debian packages mutter dbus-daemon "
-                           "libglib2.0-bin)";
+                           " is not installed (Debian packages mutter libglib2.0-bin)";
                 return;
             }
         }
-        const auto& dir = dir_.path();
-        address_ = "unix:path=" + (dir / "bus").string();
-        dbus_.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
-                                               "--address=" + address_},
-                      std::vector<std::string>{}, dir / "dbus.log");
-        if (!waitFor([&] { return std::filesystem::exists(dir / "bus"); }, kStartSeconds)) {
-            problem_ = "dbus-daemon did not start";
-            return;
-        }
-        if (kind == Kind::emptyBus) return;
+        problem_ = bus_.problem();
+        const auto& dir = bus_.dir();
+        if (!problem_.empty() || kind == Kind::emptyBus) return;
+        const std::string address = "DBUS_SESSION_BUS_ADDRESS=" + bus_.address();
         if (kind == Kind::standIn) {
             mutter_.emplace(
                 std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
                                          kStandIn, "--parameters", parameters},
-                std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + address_},
-                dir / "standin.log");
+                std::vector<std::string>{address}, dir / "standin.log");
         } else {
-            startMutter(dir);
+            mutter_.emplace(std::vector<std::string>{"mutter", "--headless", "--wayland",
+                                                     "--no-x11", "--virtual-monitor", "1920x1080",
+                                                     "--virtual-monitor", "1920x1080"},
+                            std::vector<std::string>{address, "XDG_RUNTIME_DIR=" + dir.string(),
+                                                     "HOME=" + dir.string(),
+                                                     "XDG_CONFIG_HOME=" + (dir / "config").string(),
+                                                     "-WAYLAND_DISPLAY", "-DISPLAY"},
+                            dir / "mutter.log");
         }
-        if (!waitFor([this] { return !logicalMonitors().empty(); }, kStartSeconds))
+        if (!waitFor([this] { return !logicalMonitors().empty(); }, PrivateBus::kStartSeconds))
             problem_ = "the display service did not start; see the logs in " + dir.string();
     }
 
-    void startMutter(const std::filesystem::path& dir) {
-        mutter_.emplace(
-            std::vector<std::string>{"mutter", "--headless", "--wayland", "--no-x11",
-                                     "--virtual-monitor", "1920x1080", "--virtual-monitor",
-                                     "1920x1080"},
-            std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + address_,
-                                     "XDG_RUNTIME_DIR=" + dir.string(), "HOME=" + dir.string(),
-                                     "XDG_CONFIG_HOME=" + (dir / "config").string(),
-                                     "-WAYLAND_DISPLAY", "-DISPLAY"},
-            dir / "mutter.log");
-    }
     [[nodiscard]] const std::string& problem() const { return problem_; }
     // For clients of the session: the bus address and the compositor's runtime folder.
-    [[nodiscard]] const std::string& address() const { return address_; }
-    [[nodiscard]] std::filesystem::path runtimeDir() const { return dir_.path(); }
+    [[nodiscard]] const std::string& address() const { return bus_.address(); }
+    [[nodiscard]] std::filesystem::path runtimeDir() const { return bus_.dir(); }
 
     // A connection of the test's own to the private bus.
     QDBusConnection connect(const QString& name) const {
         qtApplication();
-        return QDBusConnection::connectToBus(QString::fromStdString(address_), name);
+        return QDBusConnection::connectToBus(QString::fromStdString(address()), name);
     }
 
     std::string gdbus(const std::string& method, const std::string& args = "") const {
-        return commandOutput("DBUS_SESSION_BUS_ADDRESS='" + address_ +
+        return commandOutput("DBUS_SESSION_BUS_ADDRESS='" + address() +
                              "' gdbus call --session --dest org.gnome.Mutter.DisplayConfig "
                              "--object-path /org/gnome/Mutter/DisplayConfig --method " +
                              method + " " + args + " 2>&1");
@@ -115,13 +103,13 @@ class MutterSession {
         const std::string state = gdbus("org.gnome.Mutter.DisplayConfig.GetCurrentState");
         static const std::regex logical(
             R"(\((-?\d+), (-?\d+), [0-9.]+, (?:uint32 )?\d+, (true|false), \[((?:\('[^']*', '[^']*', '[^']*', '[^']*'\)(?:, )?)*)\])");
-        static const std::regex spec(R"(\('([^']*)', '[^']*', '[^']*', '[^']*'\))");
+        static const std::regex monitorId(R"(\('([^']*)', '[^']*', '[^']*', '[^']*'\))");
         std::vector<WitnessLogical> result;
         for (auto it = std::sregex_iterator(state.begin(), state.end(), logical);
              it != std::sregex_iterator(); ++it) {
             WitnessLogical lm{std::stoi((*it)[1]), std::stoi((*it)[2]), (*it)[3] == "true", {}};
             const std::string specs = (*it)[4];
-            for (auto s = std::sregex_iterator(specs.begin(), specs.end(), spec);
+            for (auto s = std::sregex_iterator(specs.begin(), specs.end(), monitorId);
                  s != std::sregex_iterator(); ++s)
                 lm.connectors.push_back((*s)[1]);
             result.push_back(lm);
@@ -139,13 +127,8 @@ class MutterSession {
     }
 
   private:
-    static constexpr double kStartSeconds = 10.0;
-    static constexpr const char* kHasDbusmock =
-        "/usr/bin/python3 -c 'import dbusmock' >/dev/null 2>&1";
     static constexpr const char* kStandIn = LUMORA_WAYLAND_FIXTURES "/mutter_displayconfig.py";
-    TempDir dir_;
-    std::string address_;
-    std::optional<ChildProcess> dbus_;
+    PrivateBus bus_;
     std::optional<ChildProcess> mutter_;  // or its stand-in; stopped before the bus
     std::string problem_;
 };

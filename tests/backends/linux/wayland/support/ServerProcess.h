@@ -1,7 +1,7 @@
 #pragma once
 
-// Starting and stopping the compositors the Wayland tests run against: a private folder, a
-// child process that is always stopped, a command's output, waiting for a condition.
+// Starting and stopping the servers the tests run against (Xorg, Mutter, sway, message buses):
+// a private folder, a child process that is always stopped, commands, waiting for a condition.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -16,40 +16,30 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "support/TestSupport.h"
 
 extern char** environ;
 
 namespace lumora::wltest {
 
-// A fresh folder under /tmp, removed with everything in it.
-class TempDir {
-  public:
-    TempDir() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "lumora-wl-XXXXXX").string();
-        if (mkdtemp(pattern.data())) path_ = pattern;
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
+using lumora::test::TempDir;
 
 inline bool installed(const std::string& program) {
     for (const char* dir : {"/usr/bin", "/usr/local/bin", "/bin"}) {
         if (access((std::string(dir) + "/" + program).c_str(), X_OK) == 0) return true;
     }
     return false;
+}
+
+inline bool hasDbusmock() {
+    static const bool has =
+        std::system("/usr/bin/python3 -c 'import dbusmock' >/dev/null 2>&1") == 0;
+    return has;
 }
 
 inline bool waitFor(const std::function<bool()>& condition, double seconds) {
@@ -63,16 +53,17 @@ inline bool waitFor(const std::function<bool()>& condition, double seconds) {
 }
 
 // A child in its own process group, with extra environment variables ("NAME=value"; "-NAME"
-// leaves NAME out of what it inherits) and its output in a log file. The destructor stops the whole
-// group: SIGTERM, then SIGKILL after a grace period.
+// leaves NAME out of what it inherits) and its output in a log file. It goes when the test
+// program goes, however that ends; the destructor stops the whole group: SIGTERM, then
+// SIGKILL after a grace period.
 class ChildProcess {
   public:
-    ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env,
+    ChildProcess(std::vector<std::string> argv, const std::vector<std::string>& env,
                  const std::filesystem::path& log) {
-        std::vector<std::string> environment;
-        std::vector<std::string> dropped;
+        argv.insert(argv.begin(), {"setpriv", "--pdeathsig", "KILL"});
+        std::vector<std::string> environment, dropped;
         for (const auto& e : env) {
-            if (e.rfind('-', 0) == 0) {
+            if (e.starts_with('-')) {
                 dropped.push_back(e.substr(1) + "=");
             } else {
                 environment.push_back(e);
@@ -80,16 +71,16 @@ class ChildProcess {
         }
         for (char** e = environ; *e; ++e) {
             const std::string entry(*e);
-            const bool drop = std::any_of(dropped.begin(), dropped.end(),
-                                          [&](const auto& d) { return entry.rfind(d, 0) == 0; });
-            if (!drop) environment.push_back(entry);  // later duplicates lose: ours come first
+            if (std::none_of(dropped.begin(), dropped.end(),
+                             [&](const auto& d) { return entry.starts_with(d); }))
+                environment.push_back(entry);  // later duplicates lose: ours come first
         }
         std::vector<char*> args, envp;
-        for (const auto& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
+        for (auto& a : argv)
+            args.push_back(a.data());
         args.push_back(nullptr);
-        for (const auto& e : environment)
-            envp.push_back(const_cast<char*>(e.c_str()));
+        for (auto& e : environment)
+            envp.push_back(e.data());
         envp.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
@@ -99,7 +90,6 @@ class ChildProcess {
         posix_spawnattr_t attr;
         posix_spawnattr_init(&attr);
         posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-        posix_spawnattr_setpgroup(&attr, 0);
         if (posix_spawnp(&pid_, args[0], &actions, &attr, args.data(), envp.data()) != 0) pid_ = -1;
         posix_spawn_file_actions_destroy(&actions);
         posix_spawnattr_destroy(&attr);
@@ -108,23 +98,15 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    [[nodiscard]] bool started() const { return pid_ > 0; }
     void stop() {
         if (pid_ <= 0) return;
         kill(-pid_, SIGTERM);
-        const bool ended = waitFor(
-            [this] {
-                int status = 0;
-                return waitpid(pid_, &status, WNOHANG) == pid_;
-            },
-            kStopGraceSeconds);
-        if (!ended) {
+        if (!waitFor([this] { return waitpid(pid_, nullptr, WNOHANG) == pid_; },
+                     kStopGraceSeconds)) {
             kill(-pid_, SIGKILL);
-            int status = 0;
-            waitpid(pid_, &status, 0);
-        } else {
-            kill(-pid_, SIGKILL);  // helpers the child left in its group (swaybg)
+            waitpid(pid_, nullptr, 0);
         }
+        kill(-pid_, SIGKILL);  // helpers the child left in its group (swaybg)
         pid_ = -1;
     }
 
@@ -133,16 +115,64 @@ class ChildProcess {
     pid_t pid_ = -1;
 };
 
-// Standard output of a shell command.
-inline std::string commandOutput(const std::string& command) {
-    std::string out;
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    if (!pipe) return out;
+// A private message bus in a folder of its own.
+class PrivateBus {
+  public:
+    PrivateBus() {
+        if (!installed("dbus-daemon")) {
+            problem_ = "dbus-daemon is not installed";
+            return;
+        }
+        address_ = "unix:path=" + (dir_ / "bus").string();
+        daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
+                                                 "--address=" + address_},
+                        std::vector<std::string>{}, dir_ / "dbus.log");
+        if (!waitFor([&] { return std::filesystem::exists(dir_ / "bus"); }, kStartSeconds))
+            problem_ = "dbus-daemon did not start";
+    }
+
+    // Empty when the bus runs.
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+    [[nodiscard]] const std::string& address() const { return address_; }
+    [[nodiscard]] const std::filesystem::path& dir() const { return dir_.path(); }
+
+    static constexpr double kStartSeconds = 10.0;
+
+  private:
+    TempDir dir_;
+    std::optional<ChildProcess> daemon_;
+    std::string address_;
+    std::string problem_;
+};
+
+struct CommandResult {
+    int exitCode = -1;
+    std::string output;  // standard output
+};
+
+// Runs a shell command and waits for it.
+inline CommandResult runCommand(const std::string& command) {
+    CommandResult result;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return result;
     std::array<char, 4096> buffer{};
-    std::size_t n = 0;
-    while ((n = fread(buffer.data(), 1, buffer.size(), pipe.get())) > 0)
-        out.append(buffer.data(), n);
-    return out;
+    for (std::size_t n; (n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        result.output.append(buffer.data(), n);
+    const int status = pclose(pipe);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+inline std::string commandOutput(const std::string& command) {
+    return runCommand(command).output;
+}
+
+// `text` as one word of a shell command.
+inline std::string shellQuoted(const std::string& text) {
+    std::string quoted = "'";
+    for (char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
 }
 
 }  // namespace lumora::wltest
