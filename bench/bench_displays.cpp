@@ -28,16 +28,9 @@ std::vector<sim::WorldMode> worldModes(int count, std::int32_t firstID) {
     for (int i = 0; i < count; ++i) {
         const std::int64_t width = 640 + 64 * (i / 4);
         const std::int64_t height = width * 9 / 16;
-        const bool hiDPI = i % 2 == 0;
-        sim::WorldMode m;
-        m.id = firstID + i;
-        m.width = width;
-        m.height = height;
-        m.pixelWidth = hiDPI ? 2 * width : width;
-        m.pixelHeight = hiDPI ? 2 * height : height;
-        m.refresh = refreshes[i % 5];
-        m.usable = i % 7 != 6;
-        modes.push_back(m);
+        const std::int64_t scale = i % 2 == 0 ? 2 : 1;  // every other one HiDPI
+        modes.push_back({firstID + i, width, height, scale * width, scale * height,
+                         refreshes[i % 5], i % 7 != 6});
     }
     return modes;
 }
@@ -45,16 +38,17 @@ std::vector<sim::WorldMode> worldModes(int count, std::int32_t firstID) {
 sim::World world(int displays, int modesPerDisplay) {
     sim::World w;
     for (int d = 0; d < displays; ++d) {
-        sim::WorldDisplay display;
-        display.id = static_cast<DisplayID>(d + 1);
-        display.name = "Monitor " + std::to_string(d + 1);
-        display.builtin = d == 0;
-        display.vendor = 4268;
-        display.model = 41234;
-        display.serial = static_cast<std::uint32_t>(d);
-        display.sizeMM = Size{600, 340};
-        display.modes = worldModes(modesPerDisplay, (d + 1) * 1000);
-        w.displays.push_back(display);
+        w.displays.push_back({.id = static_cast<DisplayID>(d + 1),
+                              .name = "Monitor " + std::to_string(d + 1),
+                              .builtin = d == 0,
+                              .vendor = 4268,
+                              .model = 41234,
+                              .serial = static_cast<std::uint32_t>(d),
+                              .origin = {},
+                              .sizeMM = Size{600, 340},
+                              .modes = worldModes(modesPerDisplay, (d + 1) * 1000),
+                              .mode = {},
+                              .ddc = {}});
     }
     return w;
 }
@@ -82,19 +76,6 @@ void listEightDisplays(benchmark::State& state) {
 }
 BENCHMARK(listEightDisplays)->Unit(benchmark::kMicrosecond);
 
-void selectableModesOf200(benchmark::State& state) {
-    std::vector<PlatformMode> input;
-    for (const auto& m : worldModes(kManyModes, 1)) {
-        input.push_back(
-            {m.id, m.width, m.height, m.pixelWidth, m.pixelHeight, m.refresh, m.usable});
-    }
-    for (auto _ : state) {
-        auto modes = selectableModes(input);
-        benchmark::DoNotOptimize(modes);
-    }
-}
-BENCHMARK(selectableModesOf200)->Unit(benchmark::kMicrosecond);
-
 void displaysModesOf200(benchmark::State& state) {
     Machine m(world(1, kManyModes));
     for (auto _ : state) {
@@ -109,31 +90,14 @@ void applyAllFourDisplays(benchmark::State& state) {
     Gamma gamma(m.machine.displayServer());
     std::map<DisplayID, ColorAdjust> adjustments;
     for (int d = 0; d < kAdjustedDisplays; ++d) {
-        ColorAdjust adjust;
-        adjust.dim = 0.6 + 0.1 * d;
-        adjust.temperature = 0.5 - 0.3 * d;
-        adjust.contrast = 1.1;
-        adjust.gamma = 1.2;
-        adjustments[static_cast<DisplayID>(d + 1)] = adjust;
+        adjustments[static_cast<DisplayID>(d + 1)] = {
+            .dim = 0.6 + 0.1 * d, .contrast = 1.1, .temperature = 0.5 - 0.3 * d, .gamma = 1.2};
     }
     for (auto _ : state) {
         gamma.applyAll(adjustments);
     }
 }
 BENCHMARK(applyAllFourDisplays)->Unit(benchmark::kMicrosecond);
-
-// The table maths alone, without the simulated server's bookkeeping.
-void gammaTableOnly(benchmark::State& state) {
-    ColorAdjust adjust;
-    adjust.dim = 0.7;
-    adjust.gamma = 1.2;
-    GammaCurve table;
-    for (auto _ : state) {
-        Gamma::fill(adjust, table);
-        benchmark::DoNotOptimize(table);
-    }
-}
-BENCHMARK(gammaTableOnly)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace lumora

@@ -10,7 +10,7 @@ packages=(
   # the real servers the tests start, and their witnesses
   xvfb xauth fonts-dejavu-core xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
   xdotool dbus-daemon python3-dbusmock python3-dbus mutter libglib2.0-bin sway util-linux
-  zsh groff-base
+  zsh groff-base locales
   # the macOS type check and the libc++ build of the core
   libc++-dev libc++abi-dev libc6-dev-arm64-cross
 )
@@ -24,4 +24,8 @@ if ((${#missing[@]})); then
   [ "$(id -u)" -eq 0 ] || sudo_cmd="sudo"
   $sudo_cmd apt-get update -qq
   DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+# A decimal-comma locale, so the test that numbers ignore the user's locale runs.
+if ! locale -a 2>/dev/null | grep -qi '^de_DE.utf8$'; then
+  localedef -i de_DE -f UTF-8 de_DE.UTF-8 2>/dev/null || true
 fi

@@ -148,14 +148,15 @@ class Process {
         std::vector<std::string> argv{LUMORA_BINARY};
         argv.insert(argv.end(), arguments.begin(), arguments.end());
         const std::vector<std::string> env = home.environment(extraEnvironment);
-        std::vector<char*> argvPointers;
-        for (const auto& a : argv)
-            argvPointers.push_back(const_cast<char*>(a.c_str()));
-        argvPointers.push_back(nullptr);
-        std::vector<char*> envPointers;
-        for (const auto& e : env)
-            envPointers.push_back(const_cast<char*>(e.c_str()));
-        envPointers.push_back(nullptr);
+        const auto pointers = [](const std::vector<std::string>& strings) {
+            std::vector<char*> out;
+            for (const auto& s : strings)
+                out.push_back(const_cast<char*>(s.c_str()));
+            out.push_back(nullptr);
+            return out;
+        };
+        std::vector<char*> argvPointers = pointers(argv);
+        std::vector<char*> envPointers = pointers(env);
 
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
@@ -186,17 +187,7 @@ class Process {
     // The exit status once the process has ended by itself; -1 for a death by signal.
     // Nothing when it still runs after `limit`.
     std::optional<int> waitExit(std::chrono::milliseconds limit = kExitLimit) {
-        if (status_) return status_;
-        if (!started()) return std::nullopt;
-        eventually(
-            [this] {
-                int raw = 0;
-                const pid_t done = ::waitpid(pid_, &raw, WNOHANG);
-                if (done != pid_) return false;
-                status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-                return true;
-            },
-            limit);
+        if (started()) eventually([this] { return !alive(); }, limit);
         return status_;
     }
 
@@ -204,11 +195,9 @@ class Process {
     bool alive() {
         if (!running()) return false;
         int raw = 0;
-        if (::waitpid(pid_, &raw, WNOHANG) == pid_) {
-            status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-            return false;
-        }
-        return true;
+        if (::waitpid(pid_, &raw, WNOHANG) != pid_) return true;
+        status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        return false;
     }
 
     void signal(int number) const {
@@ -216,7 +205,6 @@ class Process {
     }
 
     [[nodiscard]] std::string output() const { return readFile(output_); }
-    [[nodiscard]] pid_t pid() const { return pid_; }
 
   private:
     static int& counter() {

@@ -7,79 +7,56 @@
 namespace lumora::app {
 namespace {
 
-AppPaths::Environment environment(std::map<std::string, std::string> variables) {
-    return
-        [variables = std::move(variables)](const std::string& name) -> std::optional<std::string> {
-            auto found = variables.find(name);
-            if (found == variables.end()) return std::nullopt;
-            return found->second;
-        };
-}
+using Variables = std::map<std::string, std::string>;
+const std::string kNoServer = "no display server (DISPLAY and WAYLAND_DISPLAY are unset); ";
 
-FrontEnd choose(std::vector<std::string> arguments, std::map<std::string, std::string> variables) {
-    auto cli = parseCommandLine(arguments);
-    EXPECT_TRUE(cli.error.empty()) << cli.error;
-    return chooseFrontEnd(cli, environment(std::move(variables)));
-}
-
+TEST(FrontEnd, ChosenFromTheArgumentsAndTheDisplayServerInTheEnvironment) {
+    struct Case {
+        std::vector<std::string> arguments;
+        Variables variables;
+        bool widgets;
+        std::optional<std::string> platform;
+        std::string notice;
+    };
+    const Case cases[] = {
+        {{"--headless"}, {{"DISPLAY", ":0"}}, false, std::nullopt, ""},
 #if !defined(__APPLE__)
-TEST(FrontEnd, AgentOnADesktopTriesItsDisplayServerThenFallsBackOffscreen) {
-    auto x11 = choose({"--simulate"}, {{"DISPLAY", ":0"}});
-    EXPECT_TRUE(x11.widgets);
-    EXPECT_EQ(x11.platform, "xcb;offscreen");
-    EXPECT_EQ(x11.notice, "");
-
-    auto wayland = choose({"--simulate"}, {{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}});
-    EXPECT_EQ(wayland.platform, "wayland;xcb;offscreen");
-
-    // Chosen by hand: taken as it is, even without a display server.
-    auto byHand = choose({"--simulate"}, {{"QT_QPA_PLATFORM", "offscreen"}});
-    EXPECT_TRUE(byHand.widgets);
-    EXPECT_EQ(byHand.platform, std::nullopt);
-}
-
-TEST(FrontEnd, NoDisplayServerMakesTheAgentHeadlessButStillDrawsThePanel) {
-    auto agent = choose({"--simulate"}, {{"DISPLAY", ""}});
-    EXPECT_FALSE(agent.widgets);
-    EXPECT_EQ(agent.platform, std::nullopt);
-    EXPECT_EQ(agent.notice,
-              "no display server (DISPLAY and WAYLAND_DISPLAY are unset); running headless");
-
-    auto preview = choose({"--simulate", "--preview"}, {});
-    EXPECT_TRUE(preview.widgets);
-    EXPECT_EQ(preview.platform, "offscreen");
-    EXPECT_EQ(preview.notice,
-              "no display server (DISPLAY and WAYLAND_DISPLAY are unset); the preview window is "
-              "drawn offscreen");
-
-    auto render = choose({"--simulate", "--render-panel=/tmp/p.png"}, {});
-    EXPECT_TRUE(render.widgets);
-    EXPECT_EQ(render.platform, "offscreen");
-    EXPECT_EQ(render.notice, "");
-}
+        // An agent tries its display server, then falls back offscreen.
+        {{}, {{"DISPLAY", ":0"}}, true, "xcb;offscreen", ""},
+        {{},
+         {{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}},
+         true,
+         "wayland;xcb;offscreen",
+         ""},
+        {{}, {{"QT_QPA_PLATFORM", "offscreen"}}, true, std::nullopt, ""},  // chosen by hand
+        {{}, {{"DISPLAY", ""}}, false, std::nullopt, kNoServer + "running headless"},
+        // The panel is drawn even without a display server.
+        {{"--preview"}, {}, true, "offscreen", kNoServer + "the preview window is drawn offscreen"},
+        {{"--render-panel=/tmp/p.png"}, {}, true, "offscreen", ""},
 #endif
-
-TEST(FrontEnd, HeadlessAsksForNothingGraphical) {
-    auto headless = choose({"--simulate", "--headless"}, {{"DISPLAY", ":0"}});
-    EXPECT_FALSE(headless.widgets);
-    EXPECT_EQ(headless.platform, std::nullopt);
-    EXPECT_EQ(headless.notice, "");
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> arguments{"--simulate"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        auto cli = parseCommandLine(arguments);
+        ASSERT_TRUE(cli.error.empty()) << cli.error;
+        const FrontEnd chosen = chooseFrontEnd(cli, [&](const std::string& name) {
+            auto found = c.variables.find(name);
+            return found == c.variables.end() ? std::nullopt : std::optional(found->second);
+        });
+        SCOPED_TRACE(testing::PrintToString(arguments) + testing::PrintToString(c.variables));
+        EXPECT_EQ(chosen.widgets, c.widgets);
+        EXPECT_EQ(chosen.platform, c.platform);
+        EXPECT_EQ(chosen.notice, c.notice);
+    }
 }
 
 TEST(FrontEnd, OnlyAFallbackThatLandedOffscreenCountsAsUnreachable) {
-    FrontEnd listed;
-    listed.widgets = true;
-    listed.platform = "xcb;offscreen";
+    FrontEnd listed{true, "xcb;offscreen", ""};
     EXPECT_TRUE(fellBackOffscreen(listed, "offscreen"));
     EXPECT_FALSE(fellBackOffscreen(listed, "xcb"));
-
-    FrontEnd offscreenAsked = listed;
-    offscreenAsked.platform = "offscreen";
-    EXPECT_FALSE(fellBackOffscreen(offscreenAsked, "offscreen"));
-
-    FrontEnd byHand = listed;
-    byHand.platform.reset();
-    EXPECT_FALSE(fellBackOffscreen(byHand, "offscreen"));
+    EXPECT_FALSE(fellBackOffscreen({true, "offscreen", ""}, "offscreen"));
+    EXPECT_FALSE(fellBackOffscreen({true, std::nullopt, ""}, "offscreen"));
 }
 
 }  // namespace

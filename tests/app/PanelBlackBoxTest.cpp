@@ -42,18 +42,6 @@ TEST(PanelBlackBox, RenderPanelWritesAPngWithoutADisplayServer) {
         << unwritable.output;
 }
 
-TEST(PanelBlackBox, WithoutADisplayServerTheAgentRunsHeadlessAndSaysSo) {
-    Home home;
-    Process agent(home, {"--simulate"});
-    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
-    EXPECT_TRUE(contains(agent.output(),
-                         "no display server (DISPLAY and WAYLAND_DISPLAY are "
-                         "unset); running headless\n"))
-        << agent.output();
-    agent.signal(SIGTERM);
-    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
-}
-
 TEST(PanelBlackBox, UnreachableDisplayServerFallsBackToHeadless) {
     Home home;
     // A display number nobody serves.

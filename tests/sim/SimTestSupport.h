@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,15 +37,19 @@ inline World worldFrom(std::string_view text) {
     return result.world.value_or(World{});
 }
 
-inline std::filesystem::path fixture(const std::string& name) {
-    const char* folder = std::getenv("LUMORA_FIXTURES");
-    return std::filesystem::path(folder ? folder : "tests/fixtures") / name;
-}
-
-inline World fixtureWorld(const std::string& name) {
-    WorldResult result = loadWorldFile(fixture(name));
-    EXPECT_TRUE(result.world.has_value()) << result.error;
-    return result.world.value_or(World{});
+// A virtual display of two modes at 50 Hz; HiDPI doubles its pixels.
+inline VirtualDisplayDescriptor descriptor(bool hiDPI) {
+    VirtualDisplayDescriptor d;
+    d.name = hiDPI ? "Lumora HiDPI" : "Lumora 1920×1080";
+    d.modes = {{1920, 1080}, {1280, 720}};
+    d.maxPixelsWide = hiDPI ? 3840 : 1920;
+    d.maxPixelsHigh = hiDPI ? 2160 : 1080;
+    d.sizeMillimeters = Size{600, 340};
+    d.refresh = 50;
+    d.hiDPI = hiDPI;
+    d.product = hiDPI ? 2 : 1;
+    d.serial = 77;
+    return d;
 }
 
 // Every reconfiguration event the machine delivers, in order.

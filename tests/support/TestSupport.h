@@ -11,7 +11,7 @@ namespace lumora::test {
 
 // A fresh folder under the system's temporary directory, removed with the object.
 class TempDir {
-public:
+  public:
     TempDir() {
         std::random_device rd;
         auto base = std::filesystem::temp_directory_path();
@@ -31,7 +31,7 @@ public:
         return path_ / name;
     }
 
-private:
+  private:
     std::filesystem::path path_;
 };
 

@@ -38,7 +38,7 @@ QPushButton* smallButton(const QString& text, QWidget* parent) {
 
 DisplayCard::DisplayCard(UiContext& context, CardShape shape, QWidget* parent)
     : QFrame(parent), context_(context), shape_(std::move(shape)) {
-    auto* layout = style::makeBlockLayout(this, QStringLiteral("card"));
+    style::makeBlockLayout(this, QStringLiteral("card"));
     buildHeader();
     buildSwitchOff();
     if (shape_.controls) {

@@ -24,43 +24,39 @@ AppPaths::Environment environment(std::map<std::string, std::string> variables) 
         };
 }
 
-TEST(AppPaths, EverythingFollowsHomeWhenTheXdgVariablesAreUnset) {
+TEST(AppPaths, XdgVariablesWinOverHomeButRelativeOrEmptyOnesAreIgnored) {
     auto paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"}}), 1234);
-    EXPECT_EQ(paths.home, fs::path("/home/ann"));
     EXPECT_EQ(paths.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
     EXPECT_EQ(paths.statusFile, fs::path("/home/ann/.local/state/lumora/status.json"));
     EXPECT_EQ(paths.settingsFolder, fs::path("/home/ann/.config/Lumora"));
     EXPECT_EQ(paths.settingsFile, fs::path("/home/ann/.config/Lumora/Lumora.conf"));
     EXPECT_EQ(paths.autostartFile, fs::path("/home/ann/.config/autostart/lumora.desktop"));
     EXPECT_EQ(paths.instanceSocket, "/tmp/lumora-1234");
-}
 
-TEST(AppPaths, XdgVariablesWinButRelativeOrEmptyOnesAreIgnored) {
-    auto paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
-                                                        {"XDG_STATE_HOME", "/s"},
-                                                        {"XDG_CONFIG_HOME", "/c"},
-                                                        {"XDG_RUNTIME_DIR", "/run/user/1234"}}),
-                                           1234);
+    paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
+                                                   {"XDG_STATE_HOME", "/s"},
+                                                   {"XDG_CONFIG_HOME", "/c"},
+                                                   {"XDG_RUNTIME_DIR", "/run/user/1234"}}),
+                                      1234);
     EXPECT_EQ(paths.logFile, fs::path("/s/lumora/Lumora.log"));
     EXPECT_EQ(paths.statusFile, fs::path("/s/lumora/status.json"));
     EXPECT_EQ(paths.settingsFile, fs::path("/c/Lumora/Lumora.conf"));
     EXPECT_EQ(paths.autostartFile, fs::path("/c/autostart/lumora.desktop"));
     EXPECT_EQ(paths.instanceSocket, "/run/user/1234/lumora.socket");
 
-    auto relative = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
-                                                           {"XDG_STATE_HOME", "state"},
-                                                           {"XDG_CONFIG_HOME", ""},
-                                                           {"XDG_RUNTIME_DIR", "run"}}),
-                                              7);
-    EXPECT_EQ(relative.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
-    EXPECT_EQ(relative.settingsFile, fs::path("/home/ann/.config/Lumora/Lumora.conf"));
-    EXPECT_EQ(relative.instanceSocket, "/tmp/lumora-7");
-}
+    paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"},
+                                                   {"XDG_STATE_HOME", "state"},
+                                                   {"XDG_CONFIG_HOME", ""},
+                                                   {"XDG_RUNTIME_DIR", "run"}}),
+                                      7);
+    EXPECT_EQ(paths.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
+    EXPECT_EQ(paths.settingsFile, fs::path("/home/ann/.config/Lumora/Lumora.conf"));
+    EXPECT_EQ(paths.instanceSocket, "/tmp/lumora-7");
 
-TEST(AppPaths, WithoutHomeTheAccountDatabaseNamesIt) {
+    // Without HOME the account database names it.
     const passwd* me = getpwuid(getuid());
     ASSERT_NE(me, nullptr);
-    auto paths = AppPaths::fromEnvironment(environment({}), static_cast<unsigned>(getuid()));
+    paths = AppPaths::fromEnvironment(environment({}), static_cast<unsigned>(getuid()));
     EXPECT_EQ(paths.home, fs::path(me->pw_dir));
 }
 

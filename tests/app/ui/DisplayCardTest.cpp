@@ -20,137 +20,99 @@ class DisplayCardTest : public UiScenario {
 
     ui::DisplayCard& card(DisplayID id) {
         ui::DisplayCard* found = panel().card(id);
-        EXPECT_NE(found, nullptr) << "no card for display " << id;
-        if (!found) throw std::runtime_error("missing card");
+        if (!found) throw std::runtime_error("no card for display " + std::to_string(id));
         return *found;
     }
-
-    static QString symbolOf(const ui::DisplayCard& c) {
-        auto* icon = c.findChild<QLabel*>(QStringLiteral("displaySymbol"));
-        return icon ? icon->property("symbol").toString() : QString();
+    QSlider* slider(DisplayID id, ui::SliderRow* (ui::DisplayCard::*row)() const) {
+        return (card(id).*row)()->slider();
     }
-
-    QMenu& openModeMenu(DisplayID id) {
-        QMenu* menu = card(id).modeMenu();
+    static QMenu& open(QMenu* menu) {
         Q_EMIT menu->aboutToShow();
         return *menu;
     }
-    QMenu& openMoreMenu(DisplayID id) {
-        QMenu* menu = card(id).moreMenu();
-        Q_EMIT menu->aboutToShow();
-        return *menu;
-    }
-
+    QMenu& moreMenu(DisplayID id) { return open(card(id).moreMenu()); }
+    QMenu& modeMenu(DisplayID id) { return open(card(id).modeMenu()); }
     std::int64_t wireVcp(DisplayID id, const char* code) {
         return stateOf(id)["vcp"][code].get<std::int64_t>();
     }
 };
 
-TEST_F(DisplayCardTest, OneCardPerDisplayInListOrderWithNameSymbolAndBadges) {
-    std::vector<DisplayID> ids;
-    for (ui::DisplayCard* c : panel().cards())
-        ids.push_back(c->displayID());
-    EXPECT_EQ(ids, (std::vector<DisplayID>{1, 2, 3}));
-
-    EXPECT_EQ(nameOf(card(1)), "Built-in Retina Display");
-    EXPECT_EQ(nameOf(card(2)), "Office Monitor");
-    EXPECT_EQ(nameOf(card(3)), "Projector");
-    EXPECT_EQ(symbolOf(card(1)), "laptopcomputer");
-    EXPECT_EQ(symbolOf(card(2)), "display");
-    EXPECT_EQ(symbolOf(card(3)), "display");
-    EXPECT_EQ(badgesOf(card(1)), QStringList{"главный"});
-    EXPECT_EQ(badgesOf(card(2)), QStringList{});
-    EXPECT_EQ(badgesOf(card(3)), QStringList{});
-}
-
-TEST_F(DisplayCardTest, ControlsFollowHowEachDisplayIsDriven) {
-    // Built-in: the backlight slider only.
-    EXPECT_NE(card(1).brightnessRow(), nullptr);
-    EXPECT_EQ(card(1).contrastRow(), nullptr);
-    EXPECT_EQ(card(1).volumeRow(), nullptr);
-    EXPECT_EQ(card(1).softwareCaption(), nullptr);
-    // DDC monitor: brightness, contrast and volume with their symbols, no caption.
-    ASSERT_NE(card(2).contrastRow(), nullptr);
-    ASSERT_NE(card(2).volumeRow(), nullptr);
-    EXPECT_EQ(card(2).softwareCaption(), nullptr);
-    const auto symbolIn = [](ui::SliderRow* row) {
-        return row->findChild<QLabel*>(QStringLiteral("symbol"))->property("symbol").toString();
+TEST_F(DisplayCardTest, EachCardShowsItsDisplayAndTheControlsItIsDrivenBy) {
+    struct Expected {
+        DisplayID id;
+        const char* name;
+        const char* symbol;
+        QStringList badges;
+        bool ddc;       // contrast and volume rows
+        bool software;  // the caption that brightness is done in software
+        int brightness;
     };
-    EXPECT_EQ(symbolIn(card(2).brightnessRow()), "sun.min");
-    EXPECT_EQ(symbolIn(card(2).contrastRow()), "circle.lefthalf.filled");
-    EXPECT_EQ(symbolIn(card(2).volumeRow()), "speaker.wave.2");
-    // No DDC: software brightness with its caption.
-    EXPECT_EQ(card(3).contrastRow(), nullptr);
-    ASSERT_NE(card(3).softwareCaption(), nullptr);
-    EXPECT_EQ(card(3).softwareCaption()->text(),
-              "Яркость программно — монитор не отвечает по DDC (включите DDC/CI в его меню)");
-    // Every online display offers the switch-off, the mode menu, the more menu and colour.
-    for (DisplayID id : {1u, 2u, 3u}) {
-        ASSERT_NE(card(id).switchOffButton(), nullptr);
-        EXPECT_EQ(card(id).switchOffButton()->text(), "Отключить (без отсоединения кабеля)");
-        EXPECT_EQ(card(id).modeButton()->text(), "Разрешение");
-        EXPECT_NE(card(id).moreButton(), nullptr);
-        EXPECT_EQ(card(id).colorToggle()->text(), "Цвет и затемнение");
+    const Expected expected[] = {
+        {1, "Built-in Retina Display", "laptopcomputer", {"главный"}, false, false, 500},
+        {2, "Office Monitor", "display", {}, true, false, 500},  // 50 of 100
+        {3, "Projector", "display", {}, false, true, 1000},      // no colour stored: 1.0
+    };
+    ASSERT_EQ(panel().cards().size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Expected& e = expected[i];
+        ui::DisplayCard& c = *panel().cards()[i];
+        SCOPED_TRACE(e.name);
+        EXPECT_EQ(c.displayID(), e.id);
+        EXPECT_EQ(nameOf(c), e.name);
+        EXPECT_EQ(c.findChild<QLabel*>(QStringLiteral("displaySymbol"))->property("symbol"),
+                  e.symbol);
+        EXPECT_EQ(badgesOf(c), e.badges);
+        EXPECT_EQ(c.contrastRow() != nullptr, e.ddc);
+        EXPECT_EQ(c.volumeRow() != nullptr, e.ddc);
+        EXPECT_EQ(c.softwareCaption() != nullptr, e.software);
+        EXPECT_EQ(c.brightnessRow()->slider()->value(), e.brightness);
     }
+    EXPECT_EQ(slider(2, &ui::DisplayCard::contrastRow)->value(), 750);
+    EXPECT_EQ(slider(2, &ui::DisplayCard::volumeRow)->value(), 300);
 }
 
-TEST_F(DisplayCardTest, SlidersStartAtTheModelsValues) {
-    EXPECT_EQ(card(1).brightnessRow()->slider()->value(), 500);  // backlight 0.5
-    EXPECT_EQ(card(2).brightnessRow()->slider()->value(), 500);  // 50 of 100
-    EXPECT_EQ(card(2).contrastRow()->slider()->value(), 750);
-    EXPECT_EQ(card(2).volumeRow()->slider()->value(), 300);
-    EXPECT_EQ(card(3).brightnessRow()->slider()->value(), 1000);  // no colour stored: 1.0
-}
-
-TEST_F(DisplayCardTest, BuiltinSliderSetsTheBacklight) {
-    card(1).brightnessRow()->slider()->setValue(300);
-    EXPECT_DOUBLE_EQ(model->builtinBrightness().get(), 0.3);
+TEST_F(DisplayCardTest, SlidersReachTheBacklightTheMonitorAndTheGamma) {
+    slider(1, &ui::DisplayCard::brightnessRow)->setValue(300);
     EXPECT_DOUBLE_EQ(stateOf(1)["backlight"].get<double>(), 0.3);
-}
 
-TEST_F(DisplayCardTest, DdcSlidersCacheAtOnceAndReachTheMonitorAfterTheDebounce) {
-    card(2).brightnessRow()->slider()->setValue(700);
+    // DDC: cached at once; the model's debounce takes it to the monitor.
+    slider(2, &ui::DisplayCard::brightnessRow)->setValue(700);
+    slider(2, &ui::DisplayCard::contrastRow)->setValue(400);
+    slider(2, &ui::DisplayCard::volumeRow)->setValue(90);
     EXPECT_DOUBLE_EQ(model->ddcValues()->at(2).at(0x10), 0.7);
-    clock.advance(DdcControl::kDebounce / 2);
-    EXPECT_EQ(wireVcp(2, "0x10"), 50);
-    clock.advance(DdcControl::kDebounce);
-    EXPECT_EQ(wireVcp(2, "0x10"), 70);
-
-    card(2).contrastRow()->slider()->setValue(400);
-    card(2).volumeRow()->slider()->setValue(90);
+    EXPECT_DOUBLE_EQ(model->ddcValues()->at(2).at(0x12), 0.4);
     clock.advance(0.5);
-    EXPECT_EQ(wireVcp(2, "0x12"), 40);
     EXPECT_EQ(wireVcp(2, "0x62"), 9);
-}
 
-TEST_F(DisplayCardTest, SoftwareSliderDimsButNeverBelowTheFloor) {
-    card(3).brightnessRow()->slider()->setValue(600);
+    // Software: dims, never below the floor, and the slider follows the model there.
+    slider(3, &ui::DisplayCard::brightnessRow)->setValue(600);
     EXPECT_DOUBLE_EQ(model->color()->at(3).dim, 0.6);
     EXPECT_NE(stateOf(3)["gamma"], "identity");
-
-    card(3).brightnessRow()->slider()->setValue(0);
+    slider(3, &ui::DisplayCard::brightnessRow)->setValue(0);
     EXPECT_DOUBLE_EQ(model->color()->at(3).dim, 0.05);
     settle();
-    // The slider follows the model to the floor.
-    EXPECT_EQ(card(3).brightnessRow()->slider()->value(), 50);
+    EXPECT_EQ(slider(3, &ui::DisplayCard::brightnessRow)->value(), 50);
+    // The dim row of the colour controls shares the floor.
+    card(3).colorControls()->row(ui::ColorControls::dim)->slider()->setValue(600);
+    card(3).colorControls()->row(ui::ColorControls::dim)->slider()->setValue(0);
+    EXPECT_DOUBLE_EQ(model->color()->at(3).dim, 0.05);
 }
 
 TEST_F(DisplayCardTest, ModelChangesMoveControlsInPlaceButNotADraggedSlider) {
     ui::DisplayCard* before = panel().card(2);
+    QSlider* brightness = before->brightnessRow()->slider();
     model->ddc().set(2, VCP::brightness, 0.25, 100);
     settle();
-    EXPECT_EQ(panel().card(2), before);
-    EXPECT_EQ(before->brightnessRow()->slider()->value(), 250);
+    EXPECT_EQ(brightness->value(), 250);
 
-    QSlider* slider = before->brightnessRow()->slider();
-    slider->setSliderDown(true);
+    brightness->setSliderDown(true);
     model->ddc().set(2, VCP::brightness, 0.9, 100);
     settle();
-    EXPECT_EQ(slider->value(), 250);
-    slider->setSliderDown(false);
+    EXPECT_EQ(brightness->value(), 250);
+    brightness->setSliderDown(false);
     model->ddc().set(2, VCP::brightness, 0.8, 100);
     settle();
-    EXPECT_EQ(slider->value(), 800);
+    EXPECT_EQ(brightness->value(), 800);
     EXPECT_EQ(panel().card(2), before);
 }
 
@@ -161,8 +123,6 @@ TEST_F(DisplayCardTest, SwitchingADisplayOffAndBackRebuildsItsCard) {
     ui::DisplayCard& off = card(3);
     EXPECT_EQ(nameOf(off), "Projector");
     EXPECT_EQ(badgesOf(off), QStringList{"отключён"});
-    ASSERT_NE(off.switchOffButton(), nullptr);
-    EXPECT_EQ(off.switchOffButton()->text(), "Подключить");
     EXPECT_EQ(off.brightnessRow(), nullptr);
     EXPECT_EQ(off.modeButton(), nullptr);
     EXPECT_EQ(off.colorToggle(), nullptr);
@@ -171,99 +131,76 @@ TEST_F(DisplayCardTest, SwitchingADisplayOffAndBackRebuildsItsCard) {
     settle(1);
     EXPECT_TRUE(stateOf(3)["enabled"].get<bool>());
     EXPECT_EQ(badgesOf(card(3)), QStringList{});
-    EXPECT_EQ(card(3).switchOffButton()->text(), "Отключить (без отсоединения кабеля)");
     EXPECT_NE(card(3).brightnessRow(), nullptr);
 }
 
 TEST_F(DisplayCardTest, ModeMenuListsHiDPIAndPlainModesAndMarksTheCurrentOne) {
-    EXPECT_EQ(entries(openModeMenu(2)),
+    EXPECT_EQ(entries(modeMenu(2)),
               (QStringList{"HiDPI", "1280×720 HiDPI · 60 Hz", "Обычные", "✓ 2560×1440 · 60 Hz",
                            "2560×1440 · 60 Hz", "1920×1080 · 60 Hz"}))
         << "59.94 Hz is labelled 60 Hz like the 60 Hz mode beside it";
-    EXPECT_EQ(entries(openModeMenu(3)),
-              (QStringList{"Обычные", "✓ 1920×1080 · 60 Hz", "1280×720 · 60 Hz"}));
 
-    entry(openModeMenu(3), "1280×720 · 60 Hz")->trigger();
+    entry(modeMenu(3), "1280×720 · 60 Hz")->trigger();
     EXPECT_EQ(stateOf(3)["mode"], 31);
-    EXPECT_EQ(entries(openModeMenu(3)),
+    EXPECT_EQ(entries(modeMenu(3)),
               (QStringList{"Обычные", "1920×1080 · 60 Hz", "✓ 1280×720 · 60 Hz"}));
 }
 
-TEST_F(DisplayCardTest, MoreMenuHoldsTheCommandsInOrderAndDdcOnlyForDdcMonitors) {
-    QMenu& ddc = openMoreMenu(2);
+TEST_F(DisplayCardTest, MoreMenuCommandsReachTheDisplays) {
+    QMenu& ddc = moreMenu(2);
     EXPECT_EQ(entries(ddc),
               (QStringList{"HiDPI (чёткий Retina-режим)", "Сделать главным", "Зеркалировать на",
                            "Вход (DDC)", "Питание (DDC)", "ID 2 · вендор 4268 · модель 41234"}));
+    EXPECT_FALSE(entry(ddc, "ID 2 · вендор 4268 · модель 41234")->isEnabled());
     EXPECT_EQ(entries(*submenu(ddc, "Зеркалировать на")),
               (QStringList{"Built-in Retina Display", "Projector", "Не зеркалировать"}));
-    EXPECT_EQ(entries(*submenu(ddc, "Вход (DDC)")),
-              (QStringList{"DisplayPort 1", "DisplayPort 2", "HDMI 1", "HDMI 2", "USB-C", "DVI 1",
-                           "VGA 1"}));
-    EXPECT_EQ(entries(*submenu(ddc, "Питание (DDC)")), (QStringList{"Включить", "Режим ожидания"}));
-    EXPECT_FALSE(entry(ddc, "ID 2 · вендор 4268 · модель 41234")->isEnabled());
-
-    EXPECT_EQ(entries(openMoreMenu(3)),
-              (QStringList{"HiDPI (чёткий Retina-режим)", "Сделать главным", "Зеркалировать на",
-                           "ID 3 · вендор 9999 · модель 7"}));
-}
-
-TEST_F(DisplayCardTest, DdcSubmenusSendRawValues) {
-    QMenu& more = openMoreMenu(2);
-    entry(*submenu(more, "Вход (DDC)"), "HDMI 1")->trigger();
-    entry(*submenu(more, "Питание (DDC)"), "Режим ожидания")->trigger();
+    EXPECT_EQ(entries(*submenu(ddc, "Вход (DDC)")).size(), 7);
+    entry(*submenu(ddc, "Вход (DDC)"), "HDMI 1")->trigger();
+    entry(*submenu(ddc, "Питание (DDC)"), "Режим ожидания")->trigger();
     clock.advance(0.5);
-    EXPECT_TRUE(wasLogged("DDC display 2: VCP 0x60 = 17"));
-    EXPECT_TRUE(wasLogged("DDC display 2: VCP 0xd6 = 4"));
     EXPECT_EQ(wireVcp(2, "0x60"), 0x11);
     EXPECT_EQ(wireVcp(2, "0xd6"), 4);
-}
+    EXPECT_EQ(submenu(moreMenu(3), "Вход (DDC)"), nullptr) << "DDC only for DDC monitors";
 
-TEST_F(DisplayCardTest, MakeMainAndMirrorReconfigureAndRefresh) {
-    entry(openMoreMenu(2), "Сделать главным")->trigger();
+    entry(moreMenu(2), "Сделать главным")->trigger();
     settle();
     EXPECT_TRUE(stateOf(2)["main"].get<bool>());
     EXPECT_EQ(badgesOf(card(2)), QStringList{"главный"});
     EXPECT_EQ(badgesOf(card(1)), QStringList{});
 
-    entry(*submenu(openMoreMenu(3), "Зеркалировать на"), "Office Monitor")->trigger();
+    entry(*submenu(moreMenu(3), "Зеркалировать на"), "Office Monitor")->trigger();
     EXPECT_EQ(stateOf(3)["mirrorOf"], 2);
-    entry(*submenu(openMoreMenu(3), "Зеркалировать на"), "Не зеркалировать")->trigger();
+    entry(*submenu(moreMenu(3), "Зеркалировать на"), "Не зеркалировать")->trigger();
     EXPECT_EQ(stateOf(3)["mirrorOf"], 0);
 }
 
 TEST_F(DisplayCardTest, HiDPISessionShowsItsBadgeAndTheVirtualDisplaysModes) {
-    QAction* toggle = entry(openMoreMenu(3), "HiDPI (чёткий Retina-режим)");
-    ASSERT_TRUE(toggle->isCheckable());
+    QAction* toggle = entry(moreMenu(3), "HiDPI (чёткий Retina-режим)");
     EXPECT_FALSE(toggle->isChecked());
     toggle->trigger();
     settle(AppModel::kHiDPISecondRefresh + 0.5);
 
-    ASSERT_TRUE(model->hidpiOn()->contains(3));
     EXPECT_EQ(badgesOf(card(3)), QStringList{"HiDPI"});
     EXPECT_EQ(panel().cards().size(), 3u) << "the backing virtual display gets no card";
-    EXPECT_TRUE(entry(openMoreMenu(3), "HiDPI (чёткий Retina-режим)")->isChecked());
-
+    EXPECT_TRUE(entry(moreMenu(3), "HiDPI (чёткий Retina-режим)")->isChecked());
     const DisplayID backing = model->hidpi().virtualFor(3).value();
-    const QStringList modes = entries(openModeMenu(3));
-    ASSERT_FALSE(modes.isEmpty());
+    const QStringList modes = entries(modeMenu(3));
     EXPECT_EQ(modes.front(), "HiDPI");
-    const auto current = displays->currentMode(backing);
-    ASSERT_TRUE(current.has_value());
-    EXPECT_TRUE(modes.contains("✓ " + QString::fromStdString(current->label())));
+    EXPECT_TRUE(
+        modes.contains("✓ " + QString::fromStdString(displays->currentMode(backing)->label())));
     EXPECT_EQ(modes.count(), static_cast<int>(displays->modes(backing).size()) + 1);
 }
 
-TEST_F(DisplayCardTest, ColourTogglesUnfoldControlsThatEditTheAdjustment) {
+TEST_F(DisplayCardTest, ColourToggleUnfoldsControlsThatEditTheAdjustment) {
     ui::DisplayCard& c = card(3);
-    EXPECT_TRUE(c.colorControls()->isHidden());
+    ui::ColorControls* colour = c.colorControls();
+    EXPECT_TRUE(colour->isHidden());
     c.colorToggle()->click();
     settle();
     EXPECT_EQ(model->expandedColor().get(), (std::set<DisplayID>{3}));
-    EXPECT_FALSE(c.colorControls()->isHidden());
-    EXPECT_TRUE(c.colorToggle()->isChecked());
-
-    ui::ColorControls* colour = c.colorControls();
+    EXPECT_FALSE(colour->isHidden());
     EXPECT_FALSE(colour->resetButton()->isEnabled()) << "nothing to reset yet";
+
     colour->row(ui::ColorControls::temperature)->slider()->setValue(750);  // -1…1
     colour->row(ui::ColorControls::gamma)->slider()->setValue(0);          // 0.5…2
     EXPECT_DOUBLE_EQ(model->color()->at(3).temperature, 0.5);
@@ -271,8 +208,6 @@ TEST_F(DisplayCardTest, ColourTogglesUnfoldControlsThatEditTheAdjustment) {
     settle();
     EXPECT_EQ(colour->row(ui::ColorControls::temperature)->valueLabel()->text(), "+0.50");
     EXPECT_EQ(colour->row(ui::ColorControls::dim)->valueLabel()->text(), "100 %");
-    EXPECT_TRUE(colour->resetButton()->isEnabled());
-
     colour->resetButton()->click();
     EXPECT_TRUE(model->color()->at(3).isIdentity());
     settle();
@@ -281,32 +216,20 @@ TEST_F(DisplayCardTest, ColourTogglesUnfoldControlsThatEditTheAdjustment) {
     c.colorToggle()->click();
     settle();
     EXPECT_TRUE(model->expandedColor()->empty());
-    EXPECT_TRUE(c.colorControls()->isHidden());
-}
-
-TEST_F(DisplayCardTest, DimRowOfTheColourControlsSharesTheBrightnessFloor) {
-    card(3).colorToggle()->click();
-    settle();
-    card(3).colorControls()->row(ui::ColorControls::dim)->slider()->setValue(0);
-    EXPECT_DOUBLE_EQ(model->color()->at(3).dim, 0.05);
+    EXPECT_TRUE(colour->isHidden());
 }
 
 class DisplayCardWorldTest : public UiScenario {};
 
-TEST_F(DisplayCardWorldTest, NoSwitchOffButtonWhereDisplaysCannotBeSwitchedOff) {
-    sim::World world = fixtureWorld("laptopAndExternal.json");
+TEST_F(DisplayCardWorldTest, SilentDdcMeansSoftwareAndNoDisconnectMeansNoSwitchOff) {
+    sim::World world = fixtureWorld("brokenDdc.json");
     world.disconnect = false;
     boot(std::move(world));
     model->start();
     settle(kSettle);
     for (ui::DisplayCard* c : panel().cards())
         EXPECT_EQ(c->switchOffButton(), nullptr);
-}
-
-TEST_F(DisplayCardWorldTest, MonitorWhoseDdcIsSwitchedOffIsDimmedInSoftware) {
-    start("brokenDdc.json");
-    settle();
-    ui::DisplayCard* silent = panel().card(2);
+    ui::DisplayCard* silent = panel().card(2);  // DDC/CI switched off in its menu
     ASSERT_NE(silent, nullptr);
     EXPECT_NE(silent->softwareCaption(), nullptr);
     EXPECT_EQ(silent->contrastRow(), nullptr);
@@ -321,10 +244,8 @@ TEST_F(DisplayCardWorldTest, BuiltinPanelSwitchedOffByTheClosedLidSaysSo) {
     ASSERT_EQ(model->lidMode().get(), LidMode::closedExternal);
     ui::DisplayCard* builtin = panel().card(1);
     ASSERT_NE(builtin, nullptr);
-    ASSERT_FALSE(builtin->shape().display.isOnline);
-    auto* status = builtin->findChild<QLabel*>(QStringLiteral("status"));
-    ASSERT_NE(status, nullptr);
-    EXPECT_EQ(status->text(), "Выключен: крышка закрыта");
+    EXPECT_EQ(builtin->findChild<QLabel*>(QStringLiteral("status"))->text(),
+              "Выключен: крышка закрыта");
     EXPECT_FALSE(badgesOf(*builtin).contains("отключён"));
     EXPECT_EQ(builtin->switchOffButton(), nullptr);
     EXPECT_EQ(builtin->brightnessRow(), nullptr);

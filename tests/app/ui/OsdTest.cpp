@@ -1,5 +1,5 @@
-// The on-screen display: its fixed geometry, what it shows, where it goes and when it leaves;
-// and the bundled symbols it and the panel draw.
+// The on-screen display: its geometry, what it shows, where it goes and when it leaves; and
+// the bundled symbols it and the panel draw.
 #include <QGuiApplication>
 #include <QImage>
 #include <QScreen>
@@ -18,43 +18,28 @@ class OsdTest : public ::testing::Test {
     static void SetUpTestSuite() { (void)qtApp(); }
 };
 
-TEST_F(OsdTest, LayoutIsDrawnUpFromTheBottomLeft) {
-    EXPECT_EQ(ui::osd::symbolRect(), QRect(14, 20, 24, 24));  // 64 - 20 - 24 = 20 from the top
-    EXPECT_EQ(ui::osd::barRect(), QRect(48, 26, 120, 12));
-    EXPECT_EQ(ui::osd::labelRect(), QRect(170, 23, 44, 18));
+TEST(OsdGeometry, LayoutFrameTextAndSegments) {
+    // Drawn up from the bottom-left: 64 - 20 - 24 = 20 from the top.
+    EXPECT_EQ(ui::osd::symbolRect(), QRect(14, 20, 24, 24));
     EXPECT_EQ(ui::osd::fromBottomLeft(0, 0, 10, 4), QRect(0, 60, 10, 4));
-}
-
-TEST_F(OsdTest, FrameIsCentredWithItsBottom14PercentAboveTheScreensBottom) {
-    // 1512 wide: centre 756; bottom edge at 982 - 137.48, top 64 above it.
+    // Centred, its bottom 14 % of the height above the screen's bottom: 982 - 137.48 - 64.
     EXPECT_EQ(ui::osdFrame(QRect(0, 0, 1512, 982)), QRect(646, 781, 220, 64));
-    // A screen to the right and lower down, in global coordinates.
     EXPECT_EQ(ui::osdFrame(QRect(1512, 100, 2560, 1440)), QRect(2682, 1274, 220, 64));
-    const QRect frame = ui::osdFrame(QRect(0, 0, 1000, 1000));
-    EXPECT_EQ(frame.y() + frame.height(), 1000 - 140);
-}
 
-TEST_F(OsdTest, TextIsTheGivenWordOrTheRoundedPercentage) {
-    EXPECT_EQ(ui::osdText(0.5, std::nullopt), "50 %");
-    EXPECT_EQ(ui::osdText(0, std::nullopt), "0 %");
-    EXPECT_EQ(ui::osdText(1, std::nullopt), "100 %");
-    EXPECT_EQ(ui::osdText(0.0625, std::nullopt), "6 %");
-    EXPECT_EQ(ui::osdText(0.515625, std::nullopt), "52 %");
-    EXPECT_EQ(ui::osdText(1, std::string("HiDPI")), "HiDPI");
+    // Level, text (none where only the bar is of interest), lit segments.
+    const std::tuple<double, const char*, int> levels[] = {
+        {0, "0 %", 0},    {0.0625, "6 %", 1}, {0.5, "50 %", 8},   {0.515625, "52 %", 8},
+        {1, "100 %", 16}, {1.7, nullptr, 16}, {-0.2, nullptr, 0}, {std::nan(""), nullptr, 0}};
+    for (const auto& [level, text, segments] : levels) {
+        if (text) {
+            EXPECT_EQ(ui::osdText(level, std::nullopt), text) << level;
+        }
+        EXPECT_EQ(ui::osdSegments(level), segments) << level;
+    }
     EXPECT_EQ(ui::osdText(0, std::string("1×")), "1×");
 }
 
-TEST_F(OsdTest, BarLightsSixteenSegmentsAtMost) {
-    EXPECT_EQ(ui::osdSegments(0), 0);
-    EXPECT_EQ(ui::osdSegments(0.5), 8);
-    EXPECT_EQ(ui::osdSegments(1), 16);
-    EXPECT_EQ(ui::osdSegments(0.0625), 1);
-    EXPECT_EQ(ui::osdSegments(1.7), 16);
-    EXPECT_EQ(ui::osdSegments(-0.2), 0);
-    EXPECT_EQ(ui::osdSegments(std::nan("")), 0);
-}
-
-TEST_F(OsdTest, ShowsOnTheDisplaysScreenAndUpdatesInPlace) {
+TEST_F(OsdTest, ShowsOnTheDisplaysScreenUpdatesInPlaceAndFallsBackToThePrimary) {
     std::vector<DisplayID> asked;
     ui::QtOsd osd([&asked](DisplayID id) -> std::optional<QRect> {
         asked.push_back(id);
@@ -62,7 +47,6 @@ TEST_F(OsdTest, ShowsOnTheDisplaysScreenAndUpdatesInPlace) {
         return std::nullopt;
     });
     EXPECT_EQ(osd.panel(), nullptr);
-
     osd.show(2, 0.5, "sun.max.fill", std::nullopt);
     QWidget* panel = osd.panel();
     ASSERT_NE(panel, nullptr);
@@ -71,33 +55,24 @@ TEST_F(OsdTest, ShowsOnTheDisplaysScreenAndUpdatesInPlace) {
     EXPECT_EQ(osd.text(), "50 %");
     EXPECT_EQ(osd.segments(), 8);
     EXPECT_EQ(osd.symbol(), "sun.max.fill");
-    EXPECT_TRUE(panel->windowFlags() & Qt::WindowTransparentForInput);
-    EXPECT_TRUE(panel->windowFlags() & Qt::WindowStaysOnTopHint);
-    EXPECT_TRUE(panel->windowFlags() & Qt::WindowDoesNotAcceptFocus);
+    const auto flags =
+        Qt::WindowTransparentForInput | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus;
+    EXPECT_EQ(panel->windowFlags() & flags, flags);
 
-    osd.show(2, 1, "textformat.size", std::string("HiDPI"));
+    osd.show(77, 1, "textformat.size", std::string("HiDPI"));
     EXPECT_EQ(osd.panel(), panel) << "one panel, reused";
+    EXPECT_EQ(panel->geometry(), ui::osdFrame(QGuiApplication::primaryScreen()->geometry()));
     EXPECT_EQ(osd.text(), "HiDPI");
     EXPECT_EQ(osd.segments(), 16);
     EXPECT_EQ(osd.symbol(), "textformat.size");
-    EXPECT_EQ(asked, (std::vector<DisplayID>{2, 2}));
-}
+    EXPECT_EQ(asked, (std::vector<DisplayID>{2, 77}));
 
-TEST_F(OsdTest, DisplayWithoutAScreenUsesThePrimaryScreen) {
-    ui::QtOsd osd([](DisplayID) { return std::nullopt; });
-    osd.show(77, 0, "moon.fill", std::nullopt);
-    ASSERT_NE(osd.panel(), nullptr);
-    EXPECT_EQ(osd.panel()->geometry(), ui::osdFrame(QGuiApplication::primaryScreen()->geometry()));
-    EXPECT_EQ(osd.text(), "0 %");
-    EXPECT_EQ(osd.segments(), 0);
-}
-
-TEST_F(OsdTest, FramesOfTheDisplayServerFallBackToTheMainDisplay) {
+    // Frames from the display server: an unknown display gets the main display's screen.
     sim::VirtualScheduler clock;
     sim::SimMachine machine(fixtureWorld("laptopAndExternal.json"), clock);
     const ui::QtOsd::ScreenFrame frames = ui::QtOsd::framesOf(machine.displayServer());
     EXPECT_EQ(frames(2), QRect(1512, 0, 2560, 1440));
-    EXPECT_EQ(frames(999), QRect(0, 0, 1512, 982)) << "the main display's screen";
+    EXPECT_EQ(frames(999), QRect(0, 0, 1512, 982));
 }
 
 TEST_F(OsdTest, FadesAfterTheLastShowAndComesBackAtOnce) {
@@ -117,29 +92,20 @@ TEST_F(OsdTest, FadesAfterTheLastShowAndComesBackAtOnce) {
     EXPECT_DOUBLE_EQ(panel->windowOpacity(), 1.0);
 }
 
-TEST_F(OsdTest, EverySymbolTheInterfaceNamesIsBundled) {
+TEST_F(OsdTest, EveryNamedSymbolIsBundledAndTakesTheTint) {
     for (const char* name :
          {"display", "laptopcomputer", "laptopcomputer.slash", "rectangle.dashed", "sun.min",
           "sun.min.fill", "sun.max.fill", "moon.fill", "textformat.size", "circle.lefthalf.filled",
           "speaker.wave.2", "ellipsis.circle", "trash", "plus"}) {
-        SCOPED_TRACE(name);
-        EXPECT_TRUE(ui::hasSymbol(name));
-        EXPECT_FALSE(ui::symbolIcon(name, Qt::black).isNull());
         const QPixmap pixmap = ui::symbolPixmap(name, QSize(24, 24), Qt::black);
-        EXPECT_EQ(pixmap.size(), QSize(48, 48));
-        EXPECT_EQ(pixmap.deviceIndependentSize(), QSizeF(24, 24));
+        EXPECT_EQ(pixmap.size(), QSize(48, 48)) << name;
+        EXPECT_EQ(pixmap.deviceIndependentSize(), QSizeF(24, 24)) << name;
     }
-}
+    for (const char* unknown : {"no.such.symbol", "", "../symbols/trash"}) {
+        EXPECT_FALSE(ui::hasSymbol(unknown)) << unknown;
+        EXPECT_TRUE(ui::symbolPixmap(unknown, QSize(24, 24), Qt::black).isNull()) << unknown;
+    }
 
-TEST_F(OsdTest, UnknownSymbolGivesNothing) {
-    EXPECT_FALSE(ui::hasSymbol("no.such.symbol"));
-    EXPECT_FALSE(ui::hasSymbol(""));
-    EXPECT_FALSE(ui::hasSymbol("../symbols/trash"));
-    EXPECT_TRUE(ui::symbolIcon("no.such.symbol", Qt::black).isNull());
-    EXPECT_TRUE(ui::symbolPixmap("no.such.symbol", QSize(24, 24), Qt::black).isNull());
-}
-
-TEST_F(OsdTest, SymbolsTakeTheTintAndKeepTheirShape) {
     const QColor tint(200, 40, 10);
     const QImage image = ui::symbolPixmap("moon.fill", QSize(24, 24), tint, 1.0)
                              .toImage()

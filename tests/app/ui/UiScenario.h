@@ -93,33 +93,26 @@ class UiScenario : public ModelScenario {
 
     static QStringList badgesOf(const QWidget& widget) {
         QStringList texts;
-        for (QLabel* badge : widget.findChildren<QLabel*>(QStringLiteral("badge"))) {
+        for (QLabel* badge : widget.findChildren<QLabel*>(QStringLiteral("badge")))
             texts << badge->text();
-        }
         return texts;
     }
 
     // The entries of a menu as shown, submenus by their titles; separators are left out.
     static QStringList entries(const QMenu& menu) {
         QStringList texts;
-        for (QAction* action : menu.actions()) {
+        for (QAction* action : menu.actions())
             if (!action->isSeparator()) texts << action->text();
-        }
         return texts;
     }
-
-    static QMenu* submenu(const QMenu& menu, const QString& title) {
-        for (QAction* action : menu.actions()) {
-            if (action->text() == title) return action->menu();
-        }
+    static QAction* entry(const QMenu& menu, const QString& text) {
+        for (QAction* action : menu.actions())
+            if (action->text() == text) return action;
         return nullptr;
     }
-
-    static QAction* entry(const QMenu& menu, const QString& text) {
-        for (QAction* action : menu.actions()) {
-            if (action->text() == text) return action;
-        }
-        return nullptr;
+    static QMenu* submenu(const QMenu& menu, const QString& title) {
+        QAction* action = entry(menu, title);
+        return action ? action->menu() : nullptr;
     }
 
     // Tall enough that the default world's panel fits without scrolling.

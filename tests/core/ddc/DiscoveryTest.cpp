@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "DdcFakes.h"
 #include "ddc/DDC.h"
 #include "sim/SimDdcMonitor.h"
+#include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 
 namespace lumora {
@@ -11,6 +15,7 @@ namespace {
 // EDID vendor, product and serial; the display server reports the same three numbers.
 struct Ids {
     std::uint32_t vendor, model, serial;
+    friend bool operator==(const Ids&, const Ids&) = default;
 };
 using Pairs = std::map<DisplayID, std::uint64_t>;  // display -> registry entry (1-based)
 
@@ -86,6 +91,45 @@ TEST(Discovery, PairsByEdidThenHandsTheRestOutInRegistryOrder) {
         }
         EXPECT_EQ(paired, c.expected);
     }
+}
+
+// Discovery and DDCService over the simulated machine's monitors: the EDID numbers, and the
+// firmware faults of the broken-monitor world.
+TEST(Discovery, OverTheSimulatedMonitorsEachFailsAsItsFirmwareSays) {
+    using Reading = std::pair<std::uint16_t, std::uint16_t>;
+    const char* folder = std::getenv("LUMORA_FIXTURES");
+    ASSERT_NE(folder, nullptr);
+    auto world = sim::loadWorldFile(std::filesystem::path(folder) / "brokenDdc.json").world;
+    ASSERT_TRUE(world);
+    sim::VirtualScheduler scheduler{1000.0};
+    const auto discover = [&](sim::SimMachine& machine) {
+        return DDC::services(machine.avServices(), scheduler,
+                             DDC::targets(machine.displayServer(), {2, 3, 4}));
+    };
+    sim::SimMachine machine(*world, scheduler);
+    auto found = discover(machine);
+    ASSERT_EQ(found.size(), 3u);
+    // Three failed EDID reads for the nameless monitor, two for the flaky one, 10 ms apart.
+    EXPECT_NEAR(scheduler.uptime(), 1000.050, 1e-9);
+    EXPECT_EQ(found.at(2)->edidSerial(), 201u);
+    EXPECT_EQ(found.at(2)->read(0x10), std::nullopt) << "DDC/CI switched off in its menu";
+    EXPECT_EQ(found.at(3)->edidVendor(), 0u) << "paired in the second pass";
+    EXPECT_EQ(found.at(3)->read(0x12), (Reading{75, 100}));
+
+    auto& flaky = *found.at(4);  // the first two read attempts of each request fail
+    EXPECT_EQ((Ids{flaky.edidVendor(), flaky.edidProduct(), flaky.edidSerial()}),
+              (Ids{7789, 30567, 203}));
+    machine.clearWire();
+    EXPECT_EQ(flaky.read(0x10), (Reading{50, 100}));
+    EXPECT_EQ(machine.wire().size(), 6u) << "three attempts";
+    EXPECT_EQ(flaky.read(0x10), (Reading{50, 100})) << "the next request starts over";
+
+    // Three failures exhaust one read; asking again continues the same request.
+    world->displays[3].ddc->failFirst = 3;
+    sim::SimMachine worse(*world, scheduler);
+    auto exhausted = discover(worse).at(4);
+    EXPECT_EQ(exhausted->read(0x10), std::nullopt);
+    EXPECT_EQ(exhausted->read(0x10), (Reading{50, 100}));
 }
 
 }  // namespace

@@ -15,7 +15,6 @@ using BrightnessTest = test::DisplayScenario;
 TEST_F(BrightnessTest, ReadsAndSetsThePanelClampedToTheUnitRange) {
     startFixture();
     Brightness brightness(machine->backlight());
-    EXPECT_TRUE(brightness.canSetBuiltin(5));
     EXPECT_EQ(brightness.builtin(5), 0.7f);
     const std::pair<float, float> cases[] = {
         {1.7f, 1.0f}, {-0.2f, 0.0f}, {0.25f, 0.25f}, {std::nanf(""), 0.0f}};
@@ -31,21 +30,18 @@ TEST_F(BrightnessTest, ReadsAndSetsThePanelClampedToTheUnitRange) {
     Brightness missing(machine->backlight());
     EXPECT_EQ(missing.builtin(5), std::nullopt);
     EXPECT_FALSE(missing.setBuiltin(5, 0.3f));
-    EXPECT_FALSE(missing.canSetBuiltin(5));
 }
 
-// Entry points missing one by one, and failing statuses: the simulated machine offers the
-// entry points all or nothing, and its calls always succeed.
-class PartialBacklight final : public Backlight {
+// Failing statuses and readings out of range, which the simulated machine never gives.
+class ScriptedBacklight final : public Backlight {
   public:
-    bool get_ = true, set_ = true, can_ = true, canAnswer = true;
     std::int32_t status = 0;
     float level = 0.5f;
     std::vector<float> written;
 
-    bool hasGet() const override { return get_; }
-    bool hasSet() const override { return set_; }
-    bool hasCanChange() const override { return can_; }
+    bool hasGet() const override { return true; }
+    bool hasSet() const override { return true; }
+    bool hasCanChange() const override { return false; }
     std::int32_t get(DisplayID, float& out) override {
         out = level;
         return status;
@@ -54,17 +50,19 @@ class PartialBacklight final : public Backlight {
         written.push_back(value);
         return status;
     }
-    bool canChange(DisplayID) override { return canAnswer; }
+    bool canChange(DisplayID) override { return false; }
 };
 
-TEST(BrightnessEntryPoints, PartialEntryPointsAndFailedCalls) {
-    PartialBacklight backlight;
+TEST(BrightnessFaults, ReadingsOutOfRangeAndFailedCalls) {
+    ScriptedBacklight backlight;
     Brightness brightness(backlight);
-    backlight.canAnswer = false;
-    EXPECT_FALSE(brightness.canSetBuiltin(1));  // asked, and it said no
-    backlight.can_ = false;
-    EXPECT_TRUE(brightness.canSetBuiltin(1)) << "falls back to the setter's presence";
-
+    const std::pair<float, std::optional<float>> readings[] = {
+        {1.5f, 1.0f}, {-0.5f, 0.0f}, {std::nanf(""), std::nullopt}};
+    for (const auto& [reading, level] : readings) {
+        backlight.level = reading;
+        EXPECT_EQ(brightness.builtin(1), level) << reading;
+    }
+    backlight.level = 0.5f;
     backlight.status = -536870212;
     EXPECT_EQ(brightness.builtin(1), std::nullopt);
     EXPECT_FALSE(brightness.setBuiltin(1, std::numeric_limits<float>::infinity()));

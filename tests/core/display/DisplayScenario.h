@@ -27,8 +27,8 @@ inline DisplayInfo offline(DisplayID id, std::string name, bool builtin = false)
 }
 
 // The simulated display server with faults the simulated hardware cannot produce (a
-// transaction that cannot begin, a completion that fails).
-// It records every configuration call, so tests can assert exactly what was issued.
+// transaction that cannot begin, a completion that fails). It records every configuration
+// call, so tests can assert exactly what was issued.
 class FaultyServer final : public ForwardingDisplayServer {
   public:
     using ForwardingDisplayServer::ForwardingDisplayServer;
@@ -50,24 +50,18 @@ class FaultyServer final : public ForwardingDisplayServer {
         Recorder(FaultyServer& owner, std::unique_ptr<DisplayConfiguration> inner)
             : owner_(owner), inner_(std::move(inner)) {}
         ConfigStatus setMode(DisplayID id, std::int32_t mode) override {
-            note("mode", id, std::to_string(mode));
-            return inner_->setMode(id, mode);
+            return note("mode", id, std::to_string(mode)).setMode(id, mode);
         }
         ConfigStatus setOrigin(DisplayID id, std::int32_t x, std::int32_t y) override {
-            note("origin", id, std::to_string(x) + " " + std::to_string(y));
-            return inner_->setOrigin(id, x, y);
+            return note("origin", id, std::to_string(x) + " " + std::to_string(y))
+                .setOrigin(id, x, y);
         }
-        ConfigStatus setMain(DisplayID id) override {
-            note("main", id, "");
-            return inner_->setMain(id);
-        }
+        ConfigStatus setMain(DisplayID id) override { return note("main", id, "").setMain(id); }
         ConfigStatus setMirror(DisplayID id, DisplayID target) override {
-            note("mirror", id, std::to_string(target));
-            return inner_->setMirror(id, target);
+            return note("mirror", id, std::to_string(target)).setMirror(id, target);
         }
-        ConfigStatus setEnabled(DisplayID id, bool enabled) override {
-            note("enable", id, enabled ? "on" : "off");
-            return inner_->setEnabled(id, enabled);
+        ConfigStatus setEnabled(DisplayID id, bool on) override {
+            return note("enable", id, on ? "on" : "off").setEnabled(id, on);
         }
         ConfigStatus complete(ConfigureOption option) override {
             owner_.calls.emplace_back(option == ConfigureOption::permanently
@@ -83,8 +77,10 @@ class FaultyServer final : public ForwardingDisplayServer {
         }
 
       private:
-        void note(const char* what, DisplayID id, const std::string& rest) {
+        // Records the call and hands back the configuration that carries it out.
+        DisplayConfiguration& note(const char* what, DisplayID id, const std::string& rest) {
             owner_.calls.push_back(std::string(what) + " " + std::to_string(id) + " " + rest);
+            return *inner_;
         }
         FaultyServer& owner_;
         std::unique_ptr<DisplayConfiguration> inner_;
@@ -101,17 +97,14 @@ class DisplayScenario : public ::testing::Test {
     void start(const std::string& worldJson) {
         auto parsed = sim::parseWorld(worldJson);
         if (!parsed.world) ADD_FAILURE() << parsed.error;
-        startWorld(parsed.world.value_or(sim::World{}));
+        machine = std::make_unique<sim::SimMachine>(parsed.world.value_or(sim::World{}), scheduler);
+        server = std::make_unique<FaultyServer>(machine->displayServer());
+        displays = std::make_unique<Displays>(*server, defaults, log);
     }
     void startFixture() {
         const char* folder = std::getenv("LUMORA_FIXTURES");
         if (folder == nullptr) ADD_FAILURE() << "LUMORA_FIXTURES is not set";
         start(readFile(std::filesystem::path(folder ? folder : "") / kFixture));
-    }
-    void startWorld(const sim::World& world) {
-        machine = std::make_unique<sim::SimMachine>(world, scheduler);
-        server = std::make_unique<FaultyServer>(machine->displayServer());
-        displays = std::make_unique<Displays>(*server, defaults, log);
     }
 
     // Every line logged so far, without its time stamp.

@@ -15,33 +15,34 @@ constexpr const char* kClamshell = R"({ "displays": [
   { "id": 2, "name": "Office Monitor", "modes": [ { "id": 20, "width": 2560, "height": 1440 } ] },
   { "id": 9, "name": "Projector", "modes": [ { "id": 30, "width": 1920, "height": 1080 } ] } ] })";
 
-DisplayInfo online(DisplayID id, std::string name, DisplayMode mode) {
-    DisplayInfo info = offline(id, std::move(name));
-    info.isAsleep = false;
-    info.isOnline = true;
-    info.mode = mode;
-    return info;
-}
-
 using InventoryTest = test::DisplayScenario;
 
 TEST_F(InventoryTest, ListsOnlineDisplaysBuiltinFirstThenByIdentifier) {
     startFixture();
-    DisplayInfo panel = online(5, "Built-in Retina Display", {10, 1512, 982, 3024, 1964, 120});
-    panel.isBuiltin = true;
-    panel.vendor = 1552;
-    panel.model = 41240;
-    DisplayInfo office = online(2, "Office Monitor", {20, 2560, 1440, 2560, 1440, 60});
-    office.isMain = true;
-    office.vendor = 4268;
-    office.model = 41234;
-    office.serial = 12345;
-    DisplayInfo projector = online(9, "Projector", {30, 1920, 1080, 1920, 1080, 60});
-    projector.rotation = 90;
-    projector.vendor = 9999;
-    projector.model = 7;
     // The panel comes first although the office monitor is main.
-    EXPECT_EQ(displays->list(), (std::vector<DisplayInfo>{panel, office, projector}));
+    const DisplayInfo expected[] = {{.id = 5,
+                                     .name = "Built-in Retina Display",
+                                     .isBuiltin = true,
+                                     .isOnline = true,
+                                     .mode = DisplayMode{10, 1512, 982, 3024, 1964, 120},
+                                     .vendor = 1552,
+                                     .model = 41240},
+                                    {.id = 2,
+                                     .name = "Office Monitor",
+                                     .isMain = true,
+                                     .isOnline = true,
+                                     .mode = DisplayMode{20, 2560, 1440, 2560, 1440, 60},
+                                     .vendor = 4268,
+                                     .model = 41234,
+                                     .serial = 12345},
+                                    {.id = 9,
+                                     .name = "Projector",
+                                     .isOnline = true,
+                                     .mode = DisplayMode{30, 1920, 1080, 1920, 1080, 60},
+                                     .rotation = 90,
+                                     .vendor = 9999,
+                                     .model = 7}};
+    EXPECT_EQ(displays->list(), std::vector<DisplayInfo>(std::begin(expected), std::end(expected)));
     std::vector<std::string> labels;
     for (const auto& m : displays->modes(2))
         labels.push_back(m.label());

@@ -123,20 +123,12 @@ class ModelScenario : public ::testing::Test {
 
     std::string statusText() { return readFile(session.statusFile()); }
     nlohmann::json status() { return nlohmann::json::parse(statusText(), nullptr, false); }
-    // One display's entry of the status file.
-    nlohmann::json statusOf(DisplayID id) {
-        const nlohmann::json all = status();
-        for (const auto& d : all["displays"]) {
+    // One display's entry of the status file, and of the simulated hardware's state.
+    nlohmann::json statusOf(DisplayID id) { return withId(status()["displays"], id); }
+    nlohmann::json stateOf(DisplayID id) { return withId(machine->state()["displays"], id); }
+    static nlohmann::json withId(const nlohmann::json& displays, DisplayID id) {
+        for (const auto& d : displays)
             if (d["id"] == id) return d;
-        }
-        return nullptr;
-    }
-    // One display's entry of the simulated hardware's state.
-    nlohmann::json stateOf(DisplayID id) {
-        const nlohmann::json all = machine->state();
-        for (const auto& d : all["displays"]) {
-            if (d["id"] == id) return d;
-        }
         return nullptr;
     }
 

@@ -67,31 +67,25 @@ TEST_F(Shortcuts, ToggleBuiltinAndSleepDisplays) {
     EXPECT_TRUE(machine->osd().shown().empty());
 }
 
-TEST_F(Shortcuts, RecordingEscapeKeepsDeleteRemovesPlainKeysWait) {
+// What each key does while recording is the input layer's; here: the hot keys are released
+// while recording, and what ends it is bound, saved and registered.
+TEST_F(Shortcuts, RecordingSuspendsTheHotKeysAndItsOutcomeIsSavedAndRegistered) {
     ASSERT_EQ(machine->input().registrations().size(), 4u);
     EXPECT_FALSE(model->recordKey({kKeyA, {Modifier::control}, "a"}));  // not recording
 
     model->startRecording(ShortcutAction::dimToBlack);
-    EXPECT_EQ(model->recording().get(), ShortcutAction::dimToBlack);
     EXPECT_TRUE(machine->input().registrations().empty());
-    EXPECT_TRUE(model->recordKey({kKeyA, {}, "a"}));
-    EXPECT_EQ(model->recording().get(), ShortcutAction::dimToBlack);
-    EXPECT_TRUE(model->recordKey({kKeyEscape, {Modifier::command}, "\x1b"}));
+    EXPECT_TRUE(model->recordKey({kKeyEscape, {}, "\x1b"}));
     EXPECT_EQ(model->recording().get(), std::nullopt);
-    EXPECT_EQ(model->shortcuts().get(), defaultShortcuts());
     EXPECT_EQ(machine->input().registrations().size(), 4u);
     EXPECT_EQ(storedShortcuts(), plain(encodeShortcuts(defaultShortcuts())));
 
     model->startRecording(ShortcutAction::toggleHiDPI);
     EXPECT_TRUE(model->recordKey({kKeyDelete, {}, ""}));
-    EXPECT_FALSE(model->shortcuts()->contains(ShortcutAction::toggleHiDPI));
     EXPECT_FALSE(storedShortcuts().contains("toggleHiDPI"));
-    EXPECT_TRUE(storedShortcuts().contains("dimToBlack"));
     EXPECT_EQ(machine->input().registrations().size(), 3u);
     EXPECT_FALSE(press(kKeyH, kHyper));
-}
 
-TEST_F(Shortcuts, RecordedCombinationIsBoundSavedAndRegistered) {
     model->startRecording(ShortcutAction::sleepDisplays);
     model->startRecording(ShortcutAction::sleepDisplays);  // restarting is harmless
     EXPECT_TRUE(model->recordKey({kKeyA, {Modifier::shift, Modifier::control}, "a"}));
@@ -122,19 +116,6 @@ TEST_F(Shortcuts, BrightnessKeysStepExternalsAndLeaveThePanelToTheSystem) {
     model->setBrightnessKeys(true);
     EXPECT_TRUE(brightnessKey(true, true));
     EXPECT_EQ(model->brightness().level(2), 0.5625);
-}
-
-TEST_F(Shortcuts, WithoutAccessibilityTheTapWaitsForPermission) {
-    auto world = fixtureWorld("laptopAndExternal.json");
-    world.accessibility = false;
-    boot(world);
-    model->start();
-    EXPECT_FALSE(model->accessibilityOK().get());
-    EXPECT_FALSE(machine->input().tapInstalled());
-    machine->input().setTrusted(true);
-    model->updateMediaKeys();
-    EXPECT_TRUE(model->accessibilityOK().get());
-    EXPECT_TRUE(machine->input().tapInstalled());
 }
 
 }  // namespace

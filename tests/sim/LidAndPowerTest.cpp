@@ -1,3 +1,6 @@
+// The simulated lid sensor, system wake and power. The display sleep's pace, the sensor's
+// absence and its polling are exercised end to end by the lid controller's tests
+// (tests/core/lid).
 #include <gtest/gtest.h>
 
 #include "SimTestSupport.h"
@@ -17,10 +20,9 @@ TEST(LidSensor, ReportsMovesOnTheMainQueueAndKeepsTheLastReportedValue) {
     bench.machine.applyWorld(moved);
     EXPECT_TRUE(reports.empty()) << "delivered on the main queue, not by the caller";
     bench.scheduler.runDue();
-    EXPECT_EQ(reports, (std::vector<LidReading>{{40, std::nullopt}}));
-    bench.machine.applyWorld(moved);
+    bench.machine.applyWorld(moved);  // an unchanged angle is not reported
     bench.scheduler.runDue();
-    EXPECT_EQ(reports.size(), 1u) << "an unchanged angle is not reported";
+    EXPECT_EQ(reports, (std::vector<LidReading>{{40, std::nullopt}}));
 
     // A change the sensor misses: only asking the device sees it, and that refreshes the cache.
     bench.machine.setLidAngle(3, /*reported=*/false);
@@ -29,23 +31,6 @@ TEST(LidSensor, ReportsMovesOnTheMainQueueAndKeepsTheLastReportedValue) {
     EXPECT_EQ(sensor.read(false).angle, 40);
     EXPECT_EQ(sensor.read(true).angle, 3);
     EXPECT_EQ(sensor.read(false).angle, 3);
-}
-
-TEST(LidSensor, NoManagerOrNoDeviceAsTheWorldSays) {
-    World noSensor = defaultWorld();
-    noSensor.lid = WorldLid{false, true, 110};
-    Bench missing(noSensor);
-    EXPECT_EQ(missing.machine.lidSensor().open({}), std::nullopt);
-
-    World noDevice = defaultWorld();
-    noDevice.lid = WorldLid{true, false, 110};
-    Bench bare(noDevice);
-    int reports = 0;
-    EXPECT_EQ(bare.machine.lidSensor().open([&](const LidReading&) { ++reports; }), 0);
-    EXPECT_EQ(bare.machine.lidSensor().read(true), LidReading{});
-    bare.machine.setLidAngle(0);
-    bare.scheduler.runDue();
-    EXPECT_EQ(reports, 0);
 }
 
 TEST(SystemEvents, WakeWakesTheDisplaysThenNotifiesInOrder) {
@@ -60,12 +45,22 @@ TEST(SystemEvents, WakeWakesTheDisplaysThenNotifiesInOrder) {
     EXPECT_FALSE(bench.machine.displayServer().isAsleep(1));
     EXPECT_TRUE(heard.empty());
     bench.scheduler.runDue();
-    EXPECT_EQ(heard, (std::vector<std::string>{"wake", "screens"}));
-
     events.removeObserver(wake);
     bench.machine.simulateWake();
     bench.scheduler.runDue();
     EXPECT_EQ(heard, (std::vector<std::string>{"wake", "screens", "screens"}));
+}
+
+TEST(Power, DisplaySleepLeavesUnpluggedDisplaysAwakeAndUserActivityWakesThem) {
+    Bench bench(defaultWorld());
+    DisplayServer& server = bench.machine.displayServer();
+    bench.machine.setOnline(3, false);
+    EXPECT_TRUE(bench.machine.power().sleepDisplays().started);
+    EXPECT_TRUE(server.isAsleep(2));
+    bench.machine.setOnline(3, true);
+    EXPECT_FALSE(server.isAsleep(3));
+    bench.machine.power().declareUserActivity("Lumora: lid opened");
+    EXPECT_FALSE(server.isAsleep(2));
 }
 
 }  // namespace
