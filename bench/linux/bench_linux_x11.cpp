@@ -14,6 +14,7 @@
 #include "sim/SimMachine.h"
 #include "sim/SimSession.h"
 #include "sim/VirtualScheduler.h"
+#include "support/ServerSwap.h"
 #include "support/TestSupport.h"
 #include "x11/X11DisplayServer.h"
 
@@ -49,27 +50,6 @@ struct LitServer {
     std::string whyNot;
 };
 
-// The simulated machine with the X11 display server in front of it.
-class ServerSwap final : public Platform {
-  public:
-    ServerSwap(sim::SimMachine& machine, DisplayServer& server)
-        : machine_(machine), server_(server) {}
-    std::string name() const override { return machine_.name(); }
-    Capabilities capabilities() const override { return machine_.capabilities(); }
-    DisplayServer& displayServer() override { return server_; }
-    Backlight& backlight() override { return machine_.backlight(); }
-    AVServices& avServices() override { return machine_.avServices(); }
-    VirtualDisplays& virtualDisplays() override { return machine_.virtualDisplays(); }
-    Power& power() override { return machine_.power(); }
-    LidSensor& lidSensor() override { return machine_.lidSensor(); }
-    SystemEvents& systemEvents() override { return machine_.systemEvents(); }
-    Input& input() override { return machine_.input(); }
-
-  private:
-    sim::SimMachine& machine_;
-    DisplayServer& server_;
-};
-
 struct Model {
     explicit Model(std::unique_ptr<lx::X11DisplayServer> server) : x11(std::move(server)) {
         model = AppModel::create(
@@ -85,7 +65,7 @@ struct Model {
     sim::SimSession session{home.path(), "bench"};
     sim::SimMachine machine{sim::World{}, clock};
     std::unique_ptr<lx::X11DisplayServer> x11;
-    ServerSwap platform{machine, *x11};
+    test::ServerSwap platform{machine, *x11};
     Displays displays{*x11, defaults, log};
     std::shared_ptr<AppModel> model;
 };

@@ -19,6 +19,7 @@
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
 #include "support/ForwardingDisplayServer.h"
+#include "support/ServerSwap.h"
 #include "support/TestSupport.h"
 
 namespace lumora::test {
@@ -43,27 +44,6 @@ class EventServer final : public ForwardingDisplayServer {
 
   private:
     std::vector<ReconfigurationHandler> handlers_;
-};
-
-// The simulated machine with another display server in front of it.
-class ServerSwap final : public Platform {
-  public:
-    ServerSwap(sim::SimMachine& machine, DisplayServer& server)
-        : machine_(machine), server_(server) {}
-    std::string name() const override { return machine_.name(); }
-    Capabilities capabilities() const override { return machine_.capabilities(); }
-    DisplayServer& displayServer() override { return server_; }
-    Backlight& backlight() override { return machine_.backlight(); }
-    AVServices& avServices() override { return machine_.avServices(); }
-    VirtualDisplays& virtualDisplays() override { return machine_.virtualDisplays(); }
-    Power& power() override { return machine_.power(); }
-    LidSensor& lidSensor() override { return machine_.lidSensor(); }
-    SystemEvents& systemEvents() override { return machine_.systemEvents(); }
-    Input& input() override { return machine_.input(); }
-
-  private:
-    sim::SimMachine& machine_;
-    DisplayServer& server_;
 };
 
 inline std::filesystem::path fixture(const std::string& name) {
