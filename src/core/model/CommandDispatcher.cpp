@@ -41,18 +41,18 @@ struct CommandDispatcher::Call {
 const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
     static const std::vector<Entry> entries = {
         {"hidpi", &CommandDispatcher::hidpi},
-        {"brightness", &CommandDispatcher::brightness, true},
-        {"brightness-up", &CommandDispatcher::brightnessStep, true},
-        {"brightness-down", &CommandDispatcher::brightnessStep, true},
+        {"brightness", &CommandDispatcher::brightness, Entry::Wait::itsDisplay},
+        {"brightness-up", &CommandDispatcher::brightnessStep, Entry::Wait::itsDisplay},
+        {"brightness-down", &CommandDispatcher::brightnessStep, Entry::Wait::itsDisplay},
         {"connect", &CommandDispatcher::connect},
         {"disconnect", &CommandDispatcher::disconnect},
         {"main", &CommandDispatcher::main},
         {"mode", &CommandDispatcher::mode},
         {"dim", &CommandDispatcher::dim},
-        {"ddc", &CommandDispatcher::ddc, true},
+        {"ddc", &CommandDispatcher::ddc, Entry::Wait::itsDisplay},
         {"sleep-displays", &CommandDispatcher::sleepDisplays},
         {"virtual", &CommandDispatcher::virtualScreen},
-        {"status", &CommandDispatcher::status, true},
+        {"status", &CommandDispatcher::status, Entry::Wait::everyDisplay},
     };
     return entries;
 }
@@ -86,23 +86,26 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
     }
     Call call{command, query, onArgument(query), levelArgument(query), std::nullopt};
     call.display = model_.resolve(item(query, "display"));
-    if (!entry->readsDdc ||
-        !model_.ddc().scanning(entry->name == "status" ? std::nullopt : call.display)) {
+    // A command for no display has no scan of its own to wait for.
+    const bool waits = entry->wait == Entry::Wait::everyDisplay ||
+                       (entry->wait == Entry::Wait::itsDisplay && call.display);
+    const std::optional<DisplayID> scanOf =
+        entry->wait == Entry::Wait::everyDisplay ? std::nullopt : call.display;
+    if (!waits || !model_.ddc().scanning(scanOf)) {
         run(&*entry, call, done);
         return;
     }
     // The query and command are copied: the wait outlives this call.
     auto saved = std::make_shared<std::pair<std::string, Query>>(command, query);
-    model_.ddc().whenScanned(
-        entry->name == "status" ? std::nullopt : call.display,
-        [weak = model_.weak_from_this(), entry = &*entry, saved, display = call.display, done] {
-            auto self = weak.lock();
-            if (!self) return;
-            Call later{saved->first, saved->second, onArgument(saved->second),
-                       levelArgument(saved->second), display};
-            self->refresh();
-            self->dispatcher().run(entry, later, done);
-        });
+    model_.ddc().whenScanned(scanOf, [weak = model_.weak_from_this(), entry = &*entry, saved,
+                                      display = call.display, done] {
+        auto self = weak.lock();
+        if (!self) return;
+        Call later{saved->first, saved->second, onArgument(saved->second),
+                   levelArgument(saved->second), display};
+        self->refresh();
+        self->dispatcher().run(entry, later, done);
+    });
 }
 
 void CommandDispatcher::run(const Entry* entry, Call call, const Done& done) {

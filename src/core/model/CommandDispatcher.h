@@ -43,8 +43,8 @@ class CommandDispatcher {
     struct Entry {
         std::string_view name;
         Handler handler;
-        // Waits for the first DDC scan of its display (of every display when it names none).
-        bool readsDdc = false;
+        // Which first DDC scan the command waits for.
+        enum class Wait { none, itsDisplay, everyDisplay } wait = Wait::none;
     };
     static const std::vector<Entry>& table();
 
