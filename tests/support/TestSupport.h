@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -8,6 +9,12 @@
 #include <string>
 
 namespace lumora::test {
+
+// A world file of tests/fixtures (the test programs get the folder in LUMORA_FIXTURES).
+inline std::filesystem::path fixture(const std::string& name) {
+    const char* folder = std::getenv("LUMORA_FIXTURES");
+    return std::filesystem::path(folder ? folder : "tests/fixtures") / name;
+}
 
 // A fresh folder under the system's temporary directory, removed with the object.
 class TempDir {

@@ -61,6 +61,8 @@ LidSection::LidSection(UiContext& context, QWidget* parent) : QFrame(parent), co
     preventSleep_ = toggle(QStringLiteral("Не засыпать, пока подключён внешний монитор"),
                            "preventSleepWithExternal");
     preventSleep_->setOnToggled([&model](bool on) { model.setPreventSleepWithExternal(on); });
+    restore_ = toggle(QStringLiteral("Восстанавливать яркость после сна"), "restoreAfterWake");
+    restore_->setOnToggled([&model](bool on) { model.setRestoreAfterWake(on); });
     login_ = toggle(QStringLiteral("Запускать при входе в систему"), "loginItem");
     login_->setOnToggled([this](bool on) {
         context_.session.setLoginItemEnabled(on);
@@ -92,6 +94,7 @@ void LidSection::updateValues() {
         delay_->setCurrentIndex(index);
     }
     preventSleep_->setChecked(context_.model.preventSleepWithExternal().get());
+    restore_->setChecked(context_.model.restoreAfterWake().get());
     login_->setChecked(context_.session.loginItemEnabled());
 }
 

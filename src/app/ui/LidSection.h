@@ -13,7 +13,7 @@ namespace lumora::ui {
 class ToggleRow;
 
 // "Крышка и сон": the lid settings, the closed-lid sleep delay, staying awake with a monitor,
-// and starting at login.
+// restoring brightness after sleep, and starting at login.
 class LidSection : public QFrame {
   public:
     struct Delay {
@@ -38,6 +38,7 @@ class LidSection : public QFrame {
     [[nodiscard]] ToggleRow* dimToggle() const { return dim_; }
     [[nodiscard]] QComboBox* delayPicker() const { return delay_; }
     [[nodiscard]] ToggleRow* preventSleepToggle() const { return preventSleep_; }
+    [[nodiscard]] ToggleRow* restoreToggle() const { return restore_; }
     [[nodiscard]] ToggleRow* loginToggle() const { return login_; }
 
   private:
@@ -50,6 +51,7 @@ class LidSection : public QFrame {
     ToggleRow* dim_ = nullptr;
     QComboBox* delay_ = nullptr;
     ToggleRow* preventSleep_ = nullptr;
+    ToggleRow* restore_ = nullptr;
     ToggleRow* login_ = nullptr;
 };
 

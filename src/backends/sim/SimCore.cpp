@@ -117,6 +117,8 @@ SimCore::SimCore(World world, Scheduler& scheduler) : scheduler_(scheduler) {
     data_.disconnect = world.disconnect;
     data_.backlightControl = world.backlightControl;
     data_.accessibility = world.accessibility;
+    data_.wakes = world.wakes;
+    data_.gammaResetOnWake = world.gammaResetOnWake;
     data_.lid = world.lid;
 }
 

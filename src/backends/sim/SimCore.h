@@ -98,6 +98,8 @@ struct SimData {
     bool disconnect = true;
     bool backlightControl = true;
     bool accessibility = true;
+    std::int64_t wakes = 0;  // the world's wake counter as last applied
+    bool gammaResetOnWake = false;
     std::optional<WorldLid> lid;
     SimLidSensorState lidSensor;
     std::map<SystemEvents::Token, SimObserver> observers;

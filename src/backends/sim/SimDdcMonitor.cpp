@@ -102,10 +102,20 @@ SimDdcMonitor::SimDdcMonitor(const WorldDdc& config, std::uint32_t vendor, std::
                              std::uint32_t serial)
     : config_(config), edid_(makeEdid(vendor, product, serial)), vcp_(config.vcp) {}
 
+void SimDdcMonitor::wake(double now) {
+    if (config_.forgetsOnWake) vcp_ = config_.vcp;
+    pendingCode_.reset();
+    deafUntil_ = now + config_.wakeDeafSeconds;
+}
+
+bool SimDdcMonitor::listens(double now) const {
+    return config_.answers && now >= deafUntil_;
+}
+
 std::int32_t SimDdcMonitor::write(std::uint8_t chip, std::uint8_t dataAddress,
                                   std::span<const std::uint8_t> bytes, double now) {
     if (chip == kEdidChip) return kAcknowledged;  // read-only memory: the bytes go nowhere
-    if (chip != kControlChip || !config_.answers) return kNotResponding;
+    if (chip != kControlChip || !listens(now)) return kNotResponding;
     if (dataAddress != kHostAddress || bytes.size() < 2) return kAcknowledged;
 
     const std::size_t body = bytes[0] & kLengthMask;
@@ -148,7 +158,7 @@ std::int32_t SimDdcMonitor::read(std::uint8_t chip, std::uint8_t dataAddress,
         std::copy_n(edid_.begin() + dataAddress, count, buffer.begin());
         return kAcknowledged;
     }
-    if (chip != kControlChip || dataAddress != kHostAddress || !config_.answers) {
+    if (chip != kControlChip || dataAddress != kHostAddress || !listens(now)) {
         return kNotResponding;
     }
 

@@ -31,6 +31,10 @@ class SimDdcMonitor {
     std::int32_t read(std::uint8_t chip, std::uint8_t dataAddress, std::span<std::uint8_t> buffer,
                       double now);
 
+    // The monitor wakes from sleep: one that forgets goes back to the values it was made with,
+    // and it ignores DDC/CI for the configured while.
+    void wake(double now);
+
     // What the monitor holds now: code -> (current, maximum).
     [[nodiscard]] const std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>>& vcp()
         const {
@@ -41,6 +45,9 @@ class SimDdcMonitor {
     static constexpr double kReplyDelay = 0.040;
 
   private:
+    // DDC/CI is on in the monitor's menu and the monitor is not just waking.
+    [[nodiscard]] bool listens(double now) const;
+
     WorldDdc config_;
     std::array<std::uint8_t, 128> edid_;
     std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp_;
@@ -51,6 +58,7 @@ class SimDdcMonitor {
     int failedAttempts_ = 0;
     std::optional<std::uint8_t> lastRequestedCode_;
     int edidFailures_ = 0;
+    double deafUntil_ = 0;
 };
 
 }  // namespace lumora::sim

@@ -139,6 +139,16 @@ void SimMachine::applyWorld(const World& nextWorld) {
         data.cursor = next.cursor.value_or(data.cursor);
     });
     if (next.lid) moveSimLid(impl_->core, *next.lid, /*report=*/true);
+    // A lower counter (the file started over) wakes nothing.
+    std::int64_t wakes = 0;
+    impl_->core->update([&](SimData& data) {
+        wakes = std::max<std::int64_t>(0, next.wakes - data.wakes);
+        data.wakes = next.wakes;
+        data.gammaResetOnWake = next.gammaResetOnWake;
+        return false;
+    });
+    for (std::int64_t i = 0; i < wakes; ++i)
+        simulateWake();
 }
 
 void SimMachine::setLidAngle(std::int64_t angle, bool reported) {
@@ -149,10 +159,14 @@ void SimMachine::setLidAngle(std::int64_t angle, bool reported) {
 }
 
 void SimMachine::simulateWake() {
-    impl_->core->update([](SimData& data) {
-        for (auto& d : data.displays)
+    const double now = impl_->core->scheduler().uptime();
+    impl_->core->update([now](SimData& data) {
+        for (auto& d : data.displays) {
             d.asleep = false;
-        return false;
+            if (d.ddc) d.ddc->wake(now);
+            if (data.gammaResetOnWake) d.gamma.reset();
+        }
+        return true;
     });
     postSimSystemEvent(impl_->core, SystemEvent::didWake);
     postSimSystemEvent(impl_->core, SystemEvent::screensDidWake);

@@ -83,14 +83,17 @@ class SimMachine : public Platform {
     void setOnline(DisplayID id, bool online);  // plug in / unplug
     void setAsleep(DisplayID id, bool asleep);
     void setPointer(Point location);
-    // Moves the world to `next`: plugs, unplugs, pointer, lid angle. A display new to the
-    // machine is plugged in; a physical display missing from `next` is unplugged.
+    // Moves the world to `next`: plugs, unplugs, pointer, lid angle, and one wake for every
+    // step the wake counter went up. A display new to the machine is plugged in; a physical
+    // display missing from `next` is unplugged.
     void applyWorld(const World& next);
     // Moves the lid. An opened sensor reports the new angle on the main queue; with
     // `reported` false it does not (real sensors miss changes), and only a read sees it.
     void setLidAngle(std::int64_t angle, bool reported = true);
-    // The system wakes from sleep: the displays wake, then the did-wake and screens-did-wake
-    // notifications go out on the main queue.
+    // The system wakes from sleep: the displays wake (DDC monitors that forget go back to
+    // their world values and may ignore DDC/CI for a while; gamma tables go back to identity
+    // when the world says so), then the did-wake and screens-did-wake notifications go out
+    // on the main queue.
     void simulateWake();
 
     // What went over the DDC/CI wires, oldest first.

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <fstream>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -55,16 +56,24 @@ std::optional<std::uint8_t> vcpCode(std::string_view key) {
 constexpr std::int64_t kVcpValueLimit = 0xFFFF;
 // More failures than any host would retry: every read of the run fails.
 constexpr std::int64_t kFailFirstLimit = 1000;
+// An hour: longer than any host keeps retrying.
+constexpr double kDeafLimit = 3600;
 
 WorldDdc readDdc(const json& value, const std::string& path) {
     expectObject(value, path);
-    onlyKeys(value, path, {"answers", "edid", "failFirst", "vcp"});
+    onlyKeys(value, path,
+             {"answers", "edid", "failFirst", "forgetsOnWake", "wakeDeafSeconds", "vcp"});
     WorldDdc ddc;
     if (auto* v = optionalKey(value, "answers"))
         ddc.answers = readBool(*v, keyPath(path, "answers"));
     if (auto* v = optionalKey(value, "edid")) ddc.edid = readBool(*v, keyPath(path, "edid"));
     if (auto* v = optionalKey(value, "failFirst")) {
         ddc.failFirst = readInteger<int>(*v, keyPath(path, "failFirst"), 0, kFailFirstLimit);
+    }
+    if (auto* v = optionalKey(value, "forgetsOnWake"))
+        ddc.forgetsOnWake = readBool(*v, keyPath(path, "forgetsOnWake"));
+    if (auto* v = optionalKey(value, "wakeDeafSeconds")) {
+        ddc.wakeDeafSeconds = readNumber(*v, keyPath(path, "wakeDeafSeconds"), 0, kDeafLimit);
     }
     if (auto* v = optionalKey(value, "vcp")) {
         const std::string vcpPath = keyPath(path, "vcp");
@@ -182,7 +191,7 @@ World readWorld(const json& root) {
     if (!root.is_object()) fail("", "expected a JSON object at the top");
     onlyKeys(root, "",
              {"main", "cursor", "lid", "virtualDisplays", "disconnect", "backlightControl",
-              "accessibility", "displays"});
+              "accessibility", "wakes", "gammaResetOnWake", "displays"});
     World world;
     const json& displays = required(root, "", "displays");
     if (!displays.is_array()) fail("displays", "expected an array");
@@ -209,6 +218,11 @@ World readWorld(const json& root) {
     }
     if (auto* v = optionalKey(root, "accessibility"))
         world.accessibility = readBool(*v, "accessibility");
+    if (auto* v = optionalKey(root, "wakes")) {
+        world.wakes = readInteger(*v, "wakes", 0, std::numeric_limits<std::int64_t>::max());
+    }
+    if (auto* v = optionalKey(root, "gammaResetOnWake"))
+        world.gammaResetOnWake = readBool(*v, "gammaResetOnWake");
     resolveWorld(world);
     return world;
 }

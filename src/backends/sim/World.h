@@ -28,9 +28,11 @@ struct WorldMode {
 };
 
 struct WorldDdc {
-    bool answers = true;  // false: DDC/CI switched off in the monitor's menu, reads fail
-    bool edid = true;     // false: EDID reads fail
-    int failFirst = 0;    // the first N read attempts of each request fail
+    bool answers = true;         // false: DDC/CI switched off in the monitor's menu, reads fail
+    bool edid = true;            // false: EDID reads fail
+    int failFirst = 0;           // the first N read attempts of each request fail
+    bool forgetsOnWake = false;  // each wake returns the controls to `vcp`
+    double wakeDeafSeconds = 0;  // after each wake, DDC/CI is ignored this long
     // code -> (current, maximum); default brightness/contrast/volume 50/75/30 of 100
     std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp{
         {0x10, {50, 100}}, {0x12, {75, 100}}, {0x62, {30, 100}}};
@@ -71,6 +73,9 @@ struct World {
     bool disconnect = true;
     bool backlightControl = true;
     bool accessibility = true;
+    // Every increase while the machine runs is one sleep and wake.
+    std::int64_t wakes = 0;
+    bool gammaResetOnWake = false;  // each wake puts every gamma table back to identity
     std::vector<WorldDisplay> displays;
     friend bool operator==(const World&, const World&) = default;
 };

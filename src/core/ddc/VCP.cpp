@@ -37,4 +37,12 @@ std::string_view name(VCP vcp) {
     return "unknown";
 }
 
+std::string hexCode(std::uint8_t code) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string out = "0x";
+    if (code >= 0x10) out.push_back(kDigits[code >> 4]);
+    out.push_back(kDigits[code & 0x0F]);
+    return out;
+}
+
 }  // namespace lumora

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace lumora {
@@ -34,6 +35,8 @@ std::optional<VCP> vcpFromCode(std::uint8_t code);
 std::uint8_t code(VCP vcp);
 // The case name: "brightness", "redGain", ...
 std::string_view name(VCP vcp);
+// "0x10", "0xd6", "0xf": how logs and stored settings write a control code.
+std::string hexCode(std::uint8_t code);
 
 // An input source offered for VCP::input, with the value the monitor expects.
 struct DdcInput {

@@ -12,7 +12,7 @@ AppModel::AppModel(Passkey, AppPorts ports)
     : ports_(ports),
       ddc_(DdcControl::create(
           DdcControl::Deps{ports.scheduler, ports.platform.displayServer(),
-                           ports.platform.avServices(), ports.displays, ports.log},
+                           ports.platform.avServices(), ports.displays, ports.defaults, ports.log},
           &objectWillChange_)),
       brightness_(BrightnessControl::Deps{*ddc_, ports.displays, ports.platform.displayServer(),
                                           ports.platform.backlight(), ports.osd, ports.defaults},
@@ -33,6 +33,8 @@ AppModel::AppModel(Passkey, AppPorts ports)
     shortcuts_.set(loadShortcuts(ports_.defaults));
     preventSleepWithExternal_.set(loadPreventSleep(ports_.defaults));
     brightnessKeys_.set(loadBrightnessKeys(ports_.defaults));
+    restoreAfterWake_.set(loadRestoreAfterWake(ports_.defaults));
+    ddc_->setRestoring(restoreAfterWake_.get());
     accessibilityOK_.set(ports_.platform.input().isTrusted());
     launchAgentInstalled_ = ports_.session.launchAgentInstalled();
 }
@@ -41,6 +43,8 @@ AppModel::~AppModel() {
     if (reconfiguration_) {
         ports_.platform.displayServer().removeReconfigurationHandler(*reconfiguration_);
     }
+    for (SystemEvents::Token token : wakeObservers_)
+        ports_.platform.systemEvents().removeObserver(token);
 }
 
 void AppModel::start() {
@@ -87,10 +91,23 @@ void AppModel::start() {
             });
         });
 
+    // Sleep may have lost what the user set: the colour tables and, on many monitors, the
+    // DDC values.
+    for (SystemEvent event : {SystemEvent::didWake, SystemEvent::screensDidWake}) {
+        wakeObservers_.push_back(ports_.platform.systemEvents().addObserver(event, [weak] {
+            if (auto self = weak.lock()) self->didWake();
+        }));
+    }
+
     refresh();
     ddc_->rescan();
     ddcStarted_ = true;
     brightness_.applyColor();
+}
+
+void AppModel::didWake() {
+    if (restoreAfterWake_.get()) brightness_.applyColor();
+    ddc_->didWake();
 }
 
 void AppModel::scheduleRefresh(bool rescan) {
@@ -169,6 +186,12 @@ void AppModel::setPreventSleepWithExternal(bool on) {
     preventSleepWithExternal_.set(on);
     ports_.defaults.setBoolean(kPreventSleepKey, on);
     updateSleepInhibition();
+}
+
+void AppModel::setRestoreAfterWake(bool on) {
+    restoreAfterWake_.set(on);
+    ports_.defaults.setBoolean(kRestoreAfterWakeKey, on);
+    ddc_->setRestoring(on);
 }
 
 void AppModel::setBrightnessKeys(bool on) {

@@ -107,6 +107,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
         return recording_;
     }
     [[nodiscard]] const Published<bool>& brightnessKeys() const { return brightnessKeys_; }
+    [[nodiscard]] const Published<bool>& restoreAfterWake() const { return restoreAfterWake_; }
     [[nodiscard]] const Published<bool>& accessibilityOK() const { return accessibilityOK_; }
     // Fires before any published field changes.
     [[nodiscard]] const Signal& objectWillChange() const { return objectWillChange_; }
@@ -119,6 +120,9 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     void setLidConfig(const LidConfig& config);
     void setPreventSleepWithExternal(bool on);
     void setBrightnessKeys(bool on);
+    // After a wake, re-apply the software colour and give monitors back the DDC values they
+    // forgot (also after a monitor is plugged in again).
+    void setRestoreAfterWake(bool on);
     // View state only.
     void setExpandedColor(std::set<DisplayID> ids) { expandedColor_.set(std::move(ids)); }
     void setVirtualHiDPI(bool on) { virtualHiDPI_.set(on); }
@@ -198,6 +202,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     void scheduleRefresh(bool rescan);
     void updateSleepInhibition();
     void performNow(ShortcutAction action, DisplayID display);
+    void didWake();
 
     AppPorts ports_;
     Signal objectWillChange_;  // before the published fields, which refer to it
@@ -214,6 +219,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     Published<ShortcutMap> shortcuts_{{}, &objectWillChange_};
     Published<std::optional<ShortcutAction>> recording_{std::nullopt, &objectWillChange_};
     Published<bool> brightnessKeys_{true, &objectWillChange_};
+    Published<bool> restoreAfterWake_{true, &objectWillChange_};
     Published<bool> accessibilityOK_{false, &objectWillChange_};
 
     bool launchAgentInstalled_ = false;
@@ -228,6 +234,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     std::unique_ptr<SleepInhibition> sleepInhibition_;
     bool refreshScheduled_ = false;
     std::optional<int> reconfiguration_;
+    std::vector<SystemEvents::Token> wakeObservers_;
     bool started_ = false;
     bool ddcStarted_ = false;
 };

@@ -16,14 +16,6 @@ namespace {
 // The scan reads only these, to keep the reconfiguration path short.
 constexpr VCP kScannedCodes[] = {VCP::brightness, VCP::contrast, VCP::volume};
 
-std::string hexByte(std::uint8_t byte) {
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string out;
-    if (byte >= 0x10) out.push_back(kDigits[byte >> 4]);
-    out.push_back(kDigits[byte & 0x0F]);
-    return out;
-}
-
 }  // namespace
 
 std::shared_ptr<DdcControl> DdcControl::create(Deps deps, const Signal* willChange) {
@@ -34,7 +26,8 @@ DdcControl::DdcControl(Passkey, Deps deps, const Signal* willChange)
     : deps_(deps),
       values_({}, willChange),
       available_({}, willChange),
-      queue_(deps.scheduler.makeSerialQueue(kQueueLabel)) {}
+      queue_(deps.scheduler.makeSerialQueue(kQueueLabel)),
+      memory_(deps.defaults) {}
 
 // Pending writes hold only their channel and value: they still reach the monitor.
 DdcControl::~DdcControl() {
@@ -61,11 +54,25 @@ std::vector<DisplayID> DdcControl::candidates() const {
 
 void DdcControl::rescan() {
     const std::vector<DisplayID> ids = candidates();
+    const auto gone = [&](DisplayID id) {
+        return std::find(ids.begin(), ids.end(), id) == ids.end();
+    };
     // A display that left is scanned anew when it comes back.
-    std::erase_if(scanned_,
-                  [&](DisplayID id) { return std::find(ids.begin(), ids.end(), id) == ids.end(); });
+    std::erase_if(scanned_, gone);
     for (DisplayID id : ids) {
-        if (!scanned_.contains(id)) firstScan_.insert(id);
+        if (scanned_.contains(id)) continue;
+        firstScan_.insert(id);
+        // Not at start: what a monitor shows then may be what the user chose on its own
+        // buttons while Lumora was not running.
+        if (scannedOnce_ && restoring_)
+            restoreAfterScan_.try_emplace(id, RestoreCause::reconnection);
+    }
+    scannedOnce_ = true;
+    std::erase_if(restoreAfterScan_, [&](const auto& entry) { return gone(entry.first); });
+    std::erase_if(waking_, gone);
+    for (auto job = restores_.begin(); job != restores_.end();) {
+        const DisplayID id = (job++)->first;
+        if (gone(id)) cancelRestore(id);
     }
     // Read here: the display server belongs to the main thread.
     auto targets = DDC::targets(deps_.server, ids);
@@ -99,6 +106,15 @@ void DdcControl::scanNewDisplays() {
 }
 
 void DdcControl::publish(Services services, Values values, const std::vector<DisplayID>& scanned) {
+    for (DisplayID id : scanned) {
+        // Just awake and not listening yet: what it answered before still stands.
+        auto fresh = values.find(id);
+        auto before = values_->find(id);
+        if (waking_.erase(id) && fresh != values.end() && fresh->second.empty() &&
+            before != values_->end() && available_->contains(id)) {
+            fresh->second = before->second;
+        }
+    }
     services_ = std::move(services);
     std::set<DisplayID> answering;
     for (const auto& [id, codes] : values) {
@@ -113,6 +129,14 @@ void DdcControl::publish(Services services, Values values, const std::vector<Dis
     for (DisplayID id : scanned) {
         firstScan_.erase(id);
         scanned_.insert(id);
+    }
+    wakeScanQueued_ = false;
+    for (DisplayID id : scanned) {
+        auto cause = restoreAfterScan_.find(id);
+        if (cause == restoreAfterScan_.end()) continue;
+        const RestoreCause why = cause->second;
+        restoreAfterScan_.erase(cause);
+        startRestore(id, why);
     }
     releaseWaiters();
 }
@@ -129,8 +153,13 @@ void DdcControl::set(DisplayID display, VCP vcp, double value, std::uint16_t max
     const double raw = std::round(value * max);  // halves away from zero
     check(raw >= 0 && raw <= std::numeric_limits<std::uint16_t>::max(),
           "DDC value outside 0...1 (callers clamp)");
-    auto write = [channel = service->second, byte, raw = static_cast<std::uint16_t>(raw)] {
+    memory_.remember(deps_.server.persistentKey(display), byte, static_cast<std::uint16_t>(raw));
+    auto write = [weak = weak_from_this(), &main = deps_.scheduler.mainQueue(),
+                  channel = service->second, byte, raw = static_cast<std::uint16_t>(raw)] {
         channel->write(byte, raw);
+        main.post([weak] {
+            if (auto self = weak.lock()) self->memory_.save();
+        });
     };
     pending_.insert_or_assign(key, queue_->postAfter(kDebounce, std::move(write)));
 }
@@ -140,7 +169,9 @@ void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
     if (service == services_.end()) return;
     const std::uint8_t byte = code(vcp);
     queue_->post([channel = service->second, byte, raw] { channel->write(byte, raw); });
-    deps_.log.write("DDC display " + std::to_string(display) + ": VCP 0x" + hexByte(byte) + " = " +
+    memory_.remember(deps_.server.persistentKey(display), byte, raw);
+    memory_.save();
+    deps_.log.write("DDC display " + std::to_string(display) + ": VCP " + hexCode(byte) + " = " +
                     std::to_string(raw));
 }
 

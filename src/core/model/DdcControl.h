@@ -1,19 +1,23 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "ddc/DDCService.h"
 #include "ddc/VCP.h"
 #include "log/Log.h"
+#include "model/DdcMemory.h"
 #include "model/Observable.h"
 #include "platform/AVServices.h"
+#include "platform/Defaults.h"
 #include "platform/DisplayServer.h"
 #include "platform/Scheduler.h"
 
@@ -22,7 +26,10 @@ namespace lumora {
 class Displays;
 
 // The monitors' DDC/CI controls as the model knows them: which displays have a channel, the
-// last value of each control, and writes that do not flood the monitors' slow I2C channels.
+// last value of each control, writes that do not flood the monitors' slow I2C channels, and
+// giving back what a monitor forgot: the last brightness, contrast and volume the user set
+// (remembered across restarts) are read after a wake or a reconnection and written again
+// where the monitor lost them.
 //
 // Main thread only; channel traffic runs on the serial queue "lumora.ddc" with values
 // captured when the work was queued, and results come back on the main queue. Delayed work
@@ -37,12 +44,18 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     static constexpr double kDebounce = 0.08;
     // A command for a monitor whose first scan is still running waits at most this long.
     static constexpr double kFirstScanWait = 3.0;
+    // Monitors often ignore DDC/CI for a few seconds after waking: a restore that did not
+    // read back is tried again this long after its first attempt, then given up.
+    static constexpr std::array<double, 3> kRestoreRetries{2.0, 5.0, 10.0};
+
+    enum class RestoreCause { wake, reconnection };
 
     struct Deps {
         Scheduler& scheduler;
         DisplayServer& server;
         AVServices& av;
         Displays& displays;
+        Defaults& defaults;
         Log& log;
     };
 
@@ -61,10 +74,19 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // Starts a scan when an online external display has never been scanned (a display the
     // model sees before the reconfiguration event that announces it).
     void scanNewDisplays();
-    // Caches value (0…1) at once; the monitor gets round(value × max) kDebounce later.
+    // Caches and remembers value (0…1) at once; the monitor gets round(value × max)
+    // kDebounce later, and the remembered values are stored when it goes out.
     void set(DisplayID display, VCP vcp, double value, std::uint16_t max);
-    // One raw write at once, logged.
+    // One raw write at once, logged, remembered and stored.
     void send(DisplayID display, VCP vcp, std::uint16_t raw);
+
+    // Whether monitors get back what they forgot (on unless the user switched it off).
+    void setRestoring(bool on);
+    // The system or the displays woke: every online monitor is scanned again, and then the
+    // remembered ones are restored (when restoring is on). A monitor that answered before
+    // keeps its values and its DDC path while it ignores DDC/CI just after waking. Calls
+    // before that scan has finished join it.
+    void didWake();
 
     // Runs `then` once the first scan of `display` (nothing: of every display) has finished,
     // at once when none is running, and at the latest kFirstScanWait from now.
@@ -84,10 +106,29 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
         std::function<void()> then;
         TaskHandle timeout;
     };
+    // One monitor being given back its remembered values.
+    struct Restore {
+        RestoreCause cause = RestoreCause::wake;
+        std::string key;  // the monitor's persistent key
+        double startedAt = 0;
+        std::size_t retries = 0;  // of kRestoreRetries used
+        TaskHandle retry;
+        std::uint64_t generation = 0;  // tells a stale attempt's result apart
+    };
+    // What one attempt saw on the wire, per code.
+    struct RestoreReading {
+        std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> read;
+        std::set<std::uint8_t> written;
+    };
 
     [[nodiscard]] std::vector<DisplayID> candidates() const;
     void publish(Services services, Values values, const std::vector<DisplayID>& scanned);
     void releaseWaiters();
+    void startRestore(DisplayID display, RestoreCause cause);
+    void attemptRestore(DisplayID display);
+    void finishAttempt(DisplayID display, std::uint64_t generation,
+                       const DdcMemory::Controls& wanted, const RestoreReading& reading);
+    void cancelRestore(DisplayID display);
 
     Deps deps_;
     Published<Values> values_;
@@ -99,6 +140,15 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     std::set<DisplayID> firstScan_;  // displays whose first scan has not finished
     std::set<DisplayID> scanned_;    // online displays scanned at least once
     std::vector<std::shared_ptr<Waiter>> waiters_;
+
+    DdcMemory memory_;
+    bool restoring_ = true;
+    bool scannedOnce_ = false;  // later new displays are reconnections
+    bool wakeScanQueued_ = false;
+    std::set<DisplayID> waking_;  // online when the system woke, not yet scanned since
+    std::map<DisplayID, RestoreCause> restoreAfterScan_;
+    std::map<DisplayID, Restore> restores_;
+    std::uint64_t nextGeneration_ = 1;
 };
 
 }  // namespace lumora

@@ -63,4 +63,8 @@ bool loadBrightnessKeys(const Defaults& defaults) {
     return defaults.boolean(kBrightnessKeysKey).value_or(true);
 }
 
+bool loadRestoreAfterWake(const Defaults& defaults) {
+    return defaults.boolean(kRestoreAfterWakeKey).value_or(true);
+}
+
 }  // namespace lumora

@@ -15,6 +15,7 @@ inline constexpr const char* kColorAdjustKey = "colorAdjust";
 inline constexpr const char* kLidConfigKey = "lidConfig";
 inline constexpr const char* kPreventSleepKey = "preventSleepWithExternal";
 inline constexpr const char* kBrightnessKeysKey = "brightnessKeys";
+inline constexpr const char* kRestoreAfterWakeKey = "restoreAfterWake";
 
 using ColorMap = std::map<DisplayID, ColorAdjust>;
 
@@ -33,5 +34,7 @@ void saveLidConfig(Defaults& defaults, const LidConfig& config);
 bool loadPreventSleep(const Defaults& defaults);
 // Read as an object so that absence shows: true unless a boolean false is stored.
 bool loadBrightnessKeys(const Defaults& defaults);
+// The same: true unless a boolean false is stored.
+bool loadRestoreAfterWake(const Defaults& defaults);
 
 }  // namespace lumora

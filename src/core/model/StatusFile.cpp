@@ -19,6 +19,7 @@ nlohmann::json AppModel::statusJson() const {
     nlohmann::json status = nlohmann::json::object();
     status["lid"] = std::string(rawValue(lid_->machine().mode()));
     status["angle"] = lid_->angle().value_or(kUnknownAngle);
+    status["restoreAfterWake"] = restoreAfterWake_.get();
     nlohmann::json list = nlohmann::json::array();
     for (const DisplayInfo& d : displays_.get()) {
         nlohmann::json entry = {

@@ -93,6 +93,9 @@ TEST_F(SettingsTest, BrightnessKeysPermissionRowLidTogglesAndLogin) {
     flip(lid().preventSleepToggle());
     EXPECT_EQ(machine->state()["power"]["assertions"],
               nlohmann::json::array({"Lumora: external display connected"}));
+    EXPECT_TRUE(lid().restoreToggle()->isChecked());
+    flip(lid().restoreToggle());
+    EXPECT_EQ(defaults.boolean("restoreAfterWake"), false);
 
     // The login switch shows what the session did, not what was asked.
     ui::ToggleRow* loginRow = lid().loginToggle();

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,11 +44,6 @@ class EventServer final : public ForwardingDisplayServer {
   private:
     std::vector<ReconfigurationHandler> handlers_;
 };
-
-inline std::filesystem::path fixture(const std::string& name) {
-    const char* folder = std::getenv("LUMORA_FIXTURES");
-    return std::filesystem::path(folder ? folder : "tests/fixtures") / name;
-}
 
 inline sim::World fixtureWorld(const std::string& name) {
     sim::WorldResult result = sim::loadWorldFile(fixture(name));

@@ -7,6 +7,7 @@
 #include <csignal>
 
 #include "../edid/EdidBuilder.h"
+#include "../wayland/support/ServerProcess.h"
 #include "../x11/X11Fixture.h"
 #include "app/AgentHarness.h"
 
@@ -16,6 +17,7 @@ namespace {
 using lumora::test::contains;
 using lumora::test::eventually;
 using lumora::test::Home;
+using lumora::test::readFile;
 
 class X11Agent : public X11Fixture {
   protected:
@@ -38,6 +40,11 @@ class X11Agent : public X11Fixture {
                    : std::stod(verbose.substr(at + 12));
     }
 
+    void send(const std::string& url) {
+        const auto run = lumora::test::runToEnd(home, {url});
+        EXPECT_EQ(run.status, 0) << url << "\n" << run.output;
+    }
+
     Home home;
 };
 
@@ -50,10 +57,6 @@ TEST_F(X11Agent, ListsTheOutputsAndEveryCommandReachesTheServer) {
 
     lumora::test::Process agent(home, {"--headless"}, env());
     ASSERT_TRUE(eventually([&] { return home.agentAnswers(); })) << agent.output();
-    auto send = [&](const std::string& url) {
-        const auto run = lumora::test::runToEnd(home, {url});
-        EXPECT_EQ(run.status, 0) << url << "\n" << run.output;
-    };
     const std::string at = side().geometry.substr(side().geometry.find('+'));
 
     send("lumora://main?display=side");
@@ -85,6 +88,39 @@ TEST_F(X11Agent, ListsTheOutputsAndEveryCommandReachesTheServer) {
     EXPECT_EQ(agent.waitExit(), 0) << agent.output();
     EXPECT_NEAR(brightness(), 1.0, 0.01);
     EXPECT_EQ(side().geometry, "800x600" + at);
+}
+
+// The machine sleeps and wakes (logind's PrepareForSleep(false)), and the gamma tables were
+// reset meanwhile: the user's dimming comes back.
+TEST_F(X11Agent, AfterAWakeTheSoftwareDimmingComesBack) {
+    if (!wltest::hasDbusmock()) GTEST_SKIP() << "python3-dbusmock is not installed";
+    wltest::PrivateBus bus;
+    ASSERT_EQ(bus.problem(), "");
+    wltest::ChildProcess logind({"/usr/bin/python3", "-m", "dbusmock", "--template", "logind"},
+                                {"DBUS_SYSTEM_BUS_ADDRESS=" + bus.address()},
+                                bus.dir() / "logind.log");
+    const std::string call = "gdbus call --address " + bus.address() +
+                             " --dest org.freedesktop.login1 --object-path /org/freedesktop/login1"
+                             " --method ";
+    ASSERT_TRUE(eventually([&] {
+        return wltest::runCommand(call + "org.freedesktop.DBus.Peer.Ping 2>/dev/null").exitCode ==
+               0;
+    })) << readFile(bus.dir() / "logind.log");
+
+    auto environment = env();
+    environment["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
+    lumora::test::Process agent(home, {"--headless"}, environment);
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); })) << agent.output();
+    send("lumora://dim?display=DUMMY0&value=50");
+    run({"xrandr", "--output", "DUMMY0", "--gamma", "1:1:1"});
+    ASSERT_NEAR(brightness(), 1.0, 0.01);
+
+    wltest::runCommand(call +
+                       "org.freedesktop.DBus.Mock.EmitSignal org.freedesktop.login1.Manager "
+                       "PrepareForSleep b '[<false>]'");
+    EXPECT_TRUE(eventually([&] { return std::abs(brightness() - 0.5) < 0.01; }))
+        << brightness() << "\n"
+        << agent.output();
 }
 
 }  // namespace
