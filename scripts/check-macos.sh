@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Type-checks the macOS backend on a machine without an Apple SDK: every source and header
 # under src/backends/macos is compiled for arm64-apple-macos13 with -fsyntax-only against the
-# declaration headers in tests/macos-sdk (and, through the backend, the core's port headers).
+# declaration headers in scripts/macos-sdk (and, through the backend, the core's port headers).
 #
 # The C++ standard library is the host's libc++ (package libc++-dev), the library family
 # Apple ships, so features Apple's library lacks fail here too. Its C library headers come
 # from glibc for a 64-bit ARM target (package libc6-dev-arm64-cross), which matches the
-# Mac's data model; xlocale.h, which glibc lacks, is declared in tests/macos-sdk.
+# Mac's data model; xlocale.h, which glibc lacks, is declared in scripts/macos-sdk.
 #
 # Usage: scripts/check-macos.sh [FILE...]   (default: the whole backend)
 # Environment: CXX (clang++), LIBCXX_INCLUDE, LIBC_INCLUDE, JSON_INCLUDE override the paths.
@@ -46,7 +46,7 @@ flags=(
   -nostdinc -nostdinc++
   -isystem "$libcxx"
   -isystem "$resource/include"
-  -isystem "$root/tests/macos-sdk"
+  -isystem "$root/scripts/macos-sdk"
   -isystem "$libc"
   -isystem "$scratch/include"
   # Clang predefines __nonnull for Apple targets; glibc's headers need their own.
