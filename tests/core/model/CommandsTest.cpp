@@ -255,8 +255,10 @@ TEST_F(Commands, EachCommandTellsItsSenderWhatBecameOfIt) {
 // A command that comes while the monitors' first DDC scan runs waits for it: otherwise the
 // monitor would be dimmed in software only because the command came early.
 TEST_F(Commands, CommandsDuringTheFirstDdcScanWaitForIt) {
+    // Outlives the calls: a command that waits answers later.
+    std::optional<CommandResult> result;
     auto early = [&](const std::string& url) {
-        std::optional<CommandResult> result;
+        result.reset();
         model->handleURL(url, [&](const CommandResult& r) { result = r; });
         return result;
     };

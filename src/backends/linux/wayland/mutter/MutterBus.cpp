@@ -286,9 +286,11 @@ std::optional<GammaTables> MutterBus::crtcGamma(std::uint32_t serial, std::uint3
     const QDBusMessage reply = connection_.call(call, QDBus::Block, kCallTimeoutMs);
     if (!answered(reply, 3, error)) return std::nullopt;
     GammaTables tables;
+    // arguments() returns a copy: hold it, or the elements dangle.
+    const QVariantList arguments = reply.arguments();
     for (int channel = 0; channel < 3; ++channel) {
         QList<quint16> values;
-        const QVariant& arg = reply.arguments()[channel];
+        const QVariant& arg = arguments[channel];
         if (arg.userType() == qMetaTypeId<QDBusArgument>()) {
             arg.value<QDBusArgument>() >> values;
         } else {
