@@ -89,7 +89,6 @@ class Home {
                       {"XDG_RUNTIME_DIR", (dir_ / "run").string()}};
     }
 
-    [[nodiscard]] std::filesystem::path path() const { return dir_.path(); }
     [[nodiscard]] std::filesystem::path operator/(const std::string& name) const {
         return dir_ / name;
     }
@@ -138,14 +137,17 @@ class Home {
     std::map<std::string, std::string> variables_;
 };
 
-// One run of the program, standard output and error into one file. Killed if still running
-// when the object goes, so that a failing test leaves nothing behind.
+// One run of `program` (the built one unless named), standard output and error into one file
+// unless `errorsApart`. Killed if still running when the object goes, so that a failing test
+// leaves nothing behind.
 class Process {
   public:
     Process(const Home& home, const std::vector<std::string>& arguments,
-            const std::map<std::string, std::string>& extraEnvironment = {})
-        : output_(home / ("output-" + std::to_string(++counter()) + ".txt")) {
-        std::vector<std::string> argv{LUMORA_BINARY};
+            const std::map<std::string, std::string>& extraEnvironment = {},
+            bool errorsApart = false, const std::string& program = LUMORA_BINARY)
+        : output_(home / ("output-" + std::to_string(++counter()) + ".txt")),
+          error_(errorsApart ? std::filesystem::path(output_.string() + ".err") : output_) {
+        std::vector<std::string> argv{program};
         argv.insert(argv.end(), arguments.begin(), arguments.end());
         const std::vector<std::string> env = home.environment(extraEnvironment);
         const auto pointers = [](const std::vector<std::string>& strings) {
@@ -161,9 +163,13 @@ class Process {
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output_.c_str(),
-                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+        const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output_.c_str(), flags, 0600);
+        if (errorsApart) {
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, error_.c_str(), flags, 0600);
+        } else {
+            posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+        }
         if (posix_spawn(&pid_, argvPointers[0], &actions, nullptr, argvPointers.data(),
                         envPointers.data()) != 0) {
             pid_ = -1;
@@ -205,6 +211,8 @@ class Process {
     }
 
     [[nodiscard]] std::string output() const { return readFile(output_); }
+    // Standard error when it was kept apart; otherwise the same as output().
+    [[nodiscard]] std::string error() const { return readFile(error_); }
 
   private:
     static int& counter() {
@@ -213,6 +221,7 @@ class Process {
     }
 
     std::filesystem::path output_;
+    std::filesystem::path error_;
     pid_t pid_ = -1;
     std::optional<int> status_;
 };
@@ -221,15 +230,14 @@ class Process {
 struct Finished {
     std::optional<int> status;
     std::string output;
+    std::string error;  // apart from the output only when asked for
 };
 inline Finished runToEnd(const Home& home, const std::vector<std::string>& arguments,
                          const std::map<std::string, std::string>& extraEnvironment = {},
-                         std::chrono::milliseconds limit = kCommandLimit) {
-    Process process(home, arguments, extraEnvironment);
-    Finished out;
-    out.status = process.waitExit(limit);
-    out.output = process.output();
-    return out;
+                         bool errorsApart = false, const std::string& program = LUMORA_BINARY) {
+    Process process(home, arguments, extraEnvironment, errorsApart, program);
+    const auto status = process.waitExit(kCommandLimit);
+    return {status, process.output(), errorsApart ? process.error() : ""};
 }
 
 // The agent on the built-in simulated machine (or `world`), headless, in `home`, with its

@@ -17,58 +17,10 @@ namespace fs = std::filesystem;
 
 const fs::path kSourceRoot = fs::path(__FILE__).parent_path().parent_path().parent_path();
 
-// Standard output and standard error of one run, apart.
-struct Split {
-    std::optional<int> status;
-    std::string out;
-    std::string err;
-};
-
-Split runSplit(const Home& home, const std::vector<std::string>& arguments,
-               const std::string& program = LUMORA_BINARY,
-               const std::map<std::string, std::string>& extraEnvironment = {}) {
-    static int runs = 0;
-    const std::string tag = std::to_string(++runs);
-    const fs::path out = home / ("split-out-" + tag);
-    const fs::path err = home / ("split-err-" + tag);
-    std::vector<std::string> argv{program};
-    argv.insert(argv.end(), arguments.begin(), arguments.end());
-    const std::vector<std::string> env = home.environment(extraEnvironment);
-    std::vector<char*> argvPointers;
-    for (const auto& a : argv)
-        argvPointers.push_back(const_cast<char*>(a.c_str()));
-    argvPointers.push_back(nullptr);
-    std::vector<char*> envPointers;
-    for (const auto& e : env)
-        envPointers.push_back(const_cast<char*>(e.c_str()));
-    envPointers.push_back(nullptr);
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t pid = -1;
-    const bool spawned = posix_spawn(&pid, argvPointers[0], &actions, nullptr, argvPointers.data(),
-                                     envPointers.data()) == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    Split result;
-    if (!spawned) return result;
-    eventually([&] {
-        int raw = 0;
-        if (::waitpid(pid, &raw, WNOHANG) != pid) return false;
-        result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        return true;
-    });
-    if (!result.status) {
-        ::kill(pid, SIGKILL);
-        ::waitpid(pid, nullptr, 0);
-    }
-    result.out = readFile(out);
-    result.err = readFile(err);
-    return result;
+// A run with standard output and standard error apart.
+Finished runSplit(const Home& home, const std::vector<std::string>& arguments,
+                  const std::string& program = LUMORA_BINARY) {
+    return runToEnd(home, arguments, {}, /*errorsApart=*/true, program);
 }
 
 std::vector<std::string> lines(const std::string& text) {
@@ -95,23 +47,23 @@ TEST(CliBlackBox, HelpVersionAndUnusableWordsNeedNoAgent) {
     Home home;
     auto help = runSplit(home, {"--help"});
     EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.out, app::helpText());
-    EXPECT_EQ(help.err, "");
+    EXPECT_EQ(help.output, app::helpText());
+    EXPECT_EQ(help.error, "");
 
     auto version = runSplit(home, {"--version"});
     EXPECT_EQ(version.status, 0);
-    EXPECT_TRUE(std::regex_match(version.out, std::regex("Lumora [0-9]+\\.[0-9]+\\.[0-9]+\n")))
-        << version.out;
+    EXPECT_TRUE(std::regex_match(version.output, std::regex("Lumora [0-9]+\\.[0-9]+\\.[0-9]+\n")))
+        << version.output;
     // The man page names the same version.
     const std::string page = readFile(kSourceRoot / "packaging/linux/lumora.1");
-    EXPECT_NE(page.find("\"" + version.out.substr(0, version.out.size() - 1) + "\""),
+    EXPECT_NE(page.find("\"" + version.output.substr(0, version.output.size() - 1) + "\""),
               std::string::npos)
         << page.substr(0, page.find('\n'));
 
     auto extra = runSplit(home, {"brightness", "office", "70", "80"});
     EXPECT_EQ(extra.status, 2);
-    EXPECT_EQ(extra.out, "");
-    EXPECT_EQ(extra.err,
+    EXPECT_EQ(extra.output, "");
+    EXPECT_EQ(extra.error,
               "lumora: too many words for brightness: 80\n" + std::string(app::kUsage) + "\n");
     EXPECT_EQ(runSplit(home, {"--json"}).status, 2);
     // None of it looked for an agent or started one.
@@ -119,7 +71,7 @@ TEST(CliBlackBox, HelpVersionAndUnusableWordsNeedNoAgent) {
     EXPECT_FALSE(fs::exists(home.logFile()));
 }
 
-TEST(CliBlackBox, ShortCommandsExitZeroWhenCarriedOutAndOneWithTheReasonWhenNot) {
+TEST(CliBlackBox, OneAgentServesShortCommandsWithExitStatusReasonAndStatusAndRefusesASecond) {
     Home home;
     Agent agent(home);
     ASSERT_TRUE(agent.ready()) << agent.process().output();
@@ -128,7 +80,7 @@ TEST(CliBlackBox, ShortCommandsExitZeroWhenCarriedOutAndOneWithTheReasonWhenNot)
     const struct {
         std::vector<std::string> arguments;
         int status;
-        std::string err;
+        std::string error;
     } cases[] = {
         {{"brightness", "office", "70"}, 0, ""},
         {{"brightness", "nosuch", "70"}, 1, "lumora: display not found: nosuch\n"},
@@ -144,9 +96,9 @@ TEST(CliBlackBox, ShortCommandsExitZeroWhenCarriedOutAndOneWithTheReasonWhenNot)
     };
     for (const auto& c : cases) {
         auto run = runSplit(home, c.arguments);
-        EXPECT_EQ(run.status, c.status) << c.arguments.front() << "\n" << run.err;
-        EXPECT_EQ(run.err, c.err) << c.arguments.front();
-        EXPECT_EQ(run.out, "") << c.arguments.front();
+        EXPECT_EQ(run.status, c.status) << c.arguments.front() << "\n" << run.error;
+        EXPECT_EQ(run.error, c.error) << c.arguments.front();
+        EXPECT_EQ(run.output, "") << c.arguments.front();
     }
 
     auto status = readJson(home.statusFile());
@@ -162,39 +114,56 @@ TEST(CliBlackBox, ShortCommandsExitZeroWhenCarriedOutAndOneWithTheReasonWhenNot)
         return gamma == nlohmann::json{{"red", black}, {"green", black}, {"blue", black}} &&
                displayWithId(*state, 2)["vcp"].value("0x60", -1) == 15;
     })) << readFile(agent.stateFile());
-    // The agent logs short commands exactly as the URLs they stand for.
-    const std::string log = readFile(home.logFile());
-    EXPECT_TRUE(contains(log, "url: brightness [\"display\": \"office\", \"value\": \"70\"]\n"));
-    EXPECT_TRUE(contains(log,
-                         "url: mode [\"display\": \"office\", \"height\": \"1080\", \"hz\": "
-                         "\"60\", \"width\": \"1920\"]\n"))
-        << log;
-    EXPECT_TRUE(contains(log, "url: unknown command frobnicate\n")) << log;
-    EXPECT_TRUE(agent.process().alive());
-}
-
-TEST(CliBlackBox, PrintStatusPrintsTheStatusFileWhateverBecameOfTheCommand) {
-    Home home;
-    Agent agent(home);
-    ASSERT_TRUE(agent.ready()) << agent.process().output();
-
+    // --print-status prints the status file whatever became of the command.
     auto done = runSplit(home, {"--print-status", "brightness", "office", "40"});
-    EXPECT_EQ(done.status, 0) << done.err;
-    EXPECT_EQ(done.err, "");
+    EXPECT_EQ(done.status, 0) << done.error;
+    EXPECT_EQ(done.error, "");
     // The file as it is, ended by a line break for the terminal.
     const auto printedFile = [&] {
         std::string text = readFile(home.statusFile());
         return text.ends_with('\n') ? text : text + "\n";
     };
-    EXPECT_EQ(done.out, printedFile());
-    auto printed = nlohmann::json::parse(done.out, nullptr, false);
-    ASSERT_FALSE(printed.is_discarded()) << done.out;
+    EXPECT_EQ(done.output, printedFile());
+    auto printed = nlohmann::json::parse(done.output, nullptr, false);
+    ASSERT_FALSE(printed.is_discarded()) << done.output;
     EXPECT_DOUBLE_EQ(displayWithId(printed, 2).value("brightness", -1.0), 0.4);
 
     auto nothing = runSplit(home, {"brightness", "nosuch", "1", "--print-status"});
     EXPECT_EQ(nothing.status, 1);
-    EXPECT_EQ(nothing.err, "lumora: display not found: nosuch\n");
-    EXPECT_EQ(nothing.out, printedFile());
+    EXPECT_EQ(nothing.error, "lumora: display not found: nosuch\n");
+    EXPECT_EQ(nothing.output, printedFile());
+
+    // A second plain start is refused without starting anything, and the first stays.
+    auto second = runToEnd(home, {"--simulate", "--headless"});
+    EXPECT_EQ(second.status, 0) << second.output;
+    EXPECT_TRUE(contains(second.output, "another Lumora is running; exiting")) << second.output;
+    EXPECT_FALSE(contains(second.output, "lid: start")) << second.output;
+    EXPECT_TRUE(contains(readFile(home.logFile()), "another Lumora is running; exiting"));
+    EXPECT_TRUE(agent.send("lumora://status"));
+    EXPECT_TRUE(agent.process().alive());
+}
+
+// With no agent running, a command starts one: it cannot hand back an exit status, so it says
+// why the command did nothing, carries it out only once it runs, and serves what follows.
+TEST(CliBlackBox, ShortCommandWithoutAgentStartsOneThatSaysWhyItDidNothing) {
+    Home home;
+    Agent agent(home, {"--print-status", "dim", "nosuch"});
+    ASSERT_TRUE(agent.ready()) << agent.process().output();
+    EXPECT_TRUE(eventually([&] {
+        const std::string out = agent.process().output();
+        return contains(out, "lumora: display not found: nosuch\n") &&
+               contains(out, "\"displays\": [");
+    })) << agent.process().output();
+    const std::string log = readFile(home.logFile());
+    const auto started = log.find("lid: start");
+    EXPECT_LT(started, log.find("url: dim [\"display\": \"nosuch\"]\n")) << log;
+    EXPECT_NE(started, std::string::npos) << log;
+
+    EXPECT_TRUE(agent.send("lumora://brightness?display=office&value=30"));
+    auto status = readJson(home.statusFile());
+    ASSERT_TRUE(status);
+    EXPECT_DOUBLE_EQ(displayWithId(*status, 2).value("brightness", -1.0), 0.3);
+    EXPECT_TRUE(agent.process().alive());
 }
 
 TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
@@ -206,8 +175,8 @@ TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
     if (!rendered.status || *rendered.status != 0) {
         GTEST_SKIP() << "groff is not installed (Debian: groff-base)";
     }
-    EXPECT_EQ(rendered.err, "");
-    const std::string text = squeezed(rendered.out);
+    EXPECT_EQ(rendered.error, "");
+    const std::string text = squeezed(rendered.output);
     for (const std::string& line : lines(app::helpText())) {
         // The option and command lines of the help text, as the page sets them.
         if (!line.starts_with("  ")) continue;
@@ -222,7 +191,8 @@ TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
 }
 
 // The completions for the words after "lumora", one a line.
-Split complete(const Home& home, const std::string& shell, const std::vector<std::string>& words) {
+Finished complete(const Home& home, const std::string& shell,
+                  const std::vector<std::string>& words) {
     std::string quoted;
     for (const auto& w : words)
         quoted += " '" + w + "'";
@@ -249,53 +219,51 @@ Split complete(const Home& home, const std::string& shell, const std::vector<std
     return runSplit(home, {(home / "complete.sh").string()}, "/usr/bin/" + shell);
 }
 
-// Asks `shell` what it offers after "lumora" with an agent's status file in place.
-void checkCompletion(const std::string& shell) {
-    if (!fs::exists("/usr/bin/" + shell)) GTEST_SKIP() << shell << " is not installed";
+// Asks each shell what it offers after "lumora" with an agent's status file in place.
+TEST(CliBlackBox, ShellCompletionsOfferCommandsOptionsAndTheAgentsDisplays) {
     Home home;
     Agent agent(home);
     ASSERT_TRUE(agent.ready()) << agent.process().output();
     ASSERT_TRUE(agent.send("lumora://status"));
+    for (const std::string shell : {"bash", "zsh"}) {
+        SCOPED_TRACE(shell);
+        if (!fs::exists("/usr/bin/" + shell)) {
+            RecordProperty(shell, "not installed");
+            continue;
+        }
 
-    auto commands = complete(home, shell, {""});
-    EXPECT_EQ(lines(commands.out), tableNames()) << commands.err;
+        auto commands = complete(home, shell, {""});
+        EXPECT_EQ(lines(commands.output), tableNames()) << commands.error;
 
-    std::vector<std::string> displays = {
-        "main", "builtin",        "cursor", "1",        "Built-in Retina Display",
-        "2",    "Office Monitor", "3",      "Projector"};
-    // bash is handed the words quoted for its command line; zsh quotes them itself.
-    if (shell == "bash") {
-        displays[4] = "Built-in\\ Retina\\ Display";
-        displays[6] = "Office\\ Monitor";
+        std::vector<std::string> displays = {
+            "main", "builtin",        "cursor", "1",        "Built-in Retina Display",
+            "2",    "Office Monitor", "3",      "Projector"};
+        // bash is handed the words quoted for its command line; zsh quotes them itself.
+        if (shell == "bash") {
+            displays[4] = "Built-in\\ Retina\\ Display";
+            displays[6] = "Office\\ Monitor";
+        }
+        auto names = complete(home, shell, {"--headless", "dim", ""});
+        EXPECT_EQ(lines(names.output), displays) << names.error;
+        EXPECT_EQ(lines(complete(home, shell, {"hidpi", "2", ""}).output),
+                  (std::vector<std::string>{"on", "off"}));
+        EXPECT_EQ(lines(complete(home, shell, {"mode", "2", "1920x1080", ""}).output),
+                  (std::vector<std::string>{"hidpi", "lodpi"}));
+        EXPECT_EQ(lines(complete(home, shell, {"status", ""}).output), std::vector<std::string>{});
+
+        // Every option of the help text is offered.
+        const auto options = lines(complete(home, shell, {"--"}).output);
+        for (const char* option :
+             {"--simulate", "--sim-state=", "--headless", "--preview", "--render-panel=", "--list",
+              "--json", "--print-status", "--help", "--version"}) {
+            EXPECT_NE(std::find(options.begin(), options.end(), option), options.end()) << option;
+        }
+        if (shell == "bash") {
+            // bash filters by what is typed (zsh does it itself).
+            EXPECT_EQ(lines(complete(home, shell, {"brightness", "Off"}).output),
+                      std::vector<std::string>{"Office\\ Monitor"});
+        }
     }
-    auto names = complete(home, shell, {"--headless", "dim", ""});
-    EXPECT_EQ(lines(names.out), displays) << names.err;
-    EXPECT_EQ(lines(complete(home, shell, {"hidpi", "2", ""}).out),
-              (std::vector<std::string>{"on", "off"}));
-    EXPECT_EQ(lines(complete(home, shell, {"mode", "2", "1920x1080", ""}).out),
-              (std::vector<std::string>{"hidpi", "lodpi"}));
-    EXPECT_EQ(lines(complete(home, shell, {"status", ""}).out), std::vector<std::string>{});
-
-    // Every option of the help text is offered.
-    const auto options = lines(complete(home, shell, {"--"}).out);
-    for (const char* option :
-         {"--simulate", "--sim-state=", "--headless", "--preview", "--render-panel=", "--list",
-          "--json", "--print-status", "--help", "--version"}) {
-        EXPECT_NE(std::find(options.begin(), options.end(), option), options.end()) << option;
-    }
-    if (shell == "bash") {
-        // bash filters by what is typed (zsh does it itself).
-        EXPECT_EQ(lines(complete(home, shell, {"brightness", "Off"}).out),
-                  std::vector<std::string>{"Office\\ Monitor"});
-    }
-}
-
-TEST(CliBlackBox, BashCompletionOffersCommandsOptionsAndTheAgentsDisplays) {
-    checkCompletion("bash");
-}
-
-TEST(CliBlackBox, ZshCompletionOffersCommandsOptionsAndTheAgentsDisplays) {
-    checkCompletion("zsh");
 }
 
 }  // namespace

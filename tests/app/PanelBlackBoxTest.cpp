@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <regex>
 
 #include "AgentHarness.h"
@@ -40,31 +39,6 @@ TEST(PanelBlackBox, RenderPanelWritesAPngWithoutADisplayServer) {
     EXPECT_EQ(unwritable.status, 1) << unwritable.output;
     EXPECT_TRUE(contains(unwritable.output, "cannot write the panel to /nonexistent/dir/p.png"))
         << unwritable.output;
-}
-
-TEST(PanelBlackBox, UnreachableDisplayServerFallsBackToHeadless) {
-    Home home;
-    // A display number nobody serves.
-    Process agent(home, {"--simulate"}, {{"DISPLAY", ":97"}});
-    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
-    EXPECT_TRUE(contains(agent.output(), "the display server cannot be reached; running headless"))
-        << agent.output();
-    agent.signal(SIGTERM);
-    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
-}
-
-TEST(PanelBlackBox, GuiWithoutATrayKeepsRunningAndSaysSo) {
-    Home home;
-    // Qt's offscreen platform draws windows but has no system tray.
-    Process agent(home, {"--simulate"}, {{"QT_QPA_PLATFORM", "offscreen"}});
-    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
-    EXPECT_TRUE(contains(agent.output(),
-                         "no system tray; running without an icon (URL commands still work)\n"))
-        << agent.output();
-    auto run = runToEnd(home, {"lumora://brightness?display=2&value=40"});
-    EXPECT_EQ(run.status, 0) << run.output;
-    agent.signal(SIGTERM);
-    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
 }
 
 }  // namespace

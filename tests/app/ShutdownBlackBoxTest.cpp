@@ -60,22 +60,39 @@ TEST(ShutdownBlackBox, SignalUndoesDimDisconnectAndVirtualScreensAndTheNextStart
     EXPECT_FALSE(std::filesystem::exists(home.autostartFile())) << "the user removed it";
 }
 
-TEST(ShutdownBlackBox, WithoutADisplayServerItRunsHeadlessAndLeavesAHandMadeAutostartAlone) {
-    Home home;
-    std::filesystem::create_directories(home.autostartFile().parent_path());
+// Whatever becomes of the display server, the agent runs, says why it has less, serves
+// commands and ends cleanly on a signal; a start-at-login entry made by hand is left alone.
+TEST(ShutdownBlackBox, WithoutAUsableDisplayServerOrTrayItStillRunsAndSaysWhy) {
     const std::string byHand = "[Desktop Entry]\nType=Application\nExec=/opt/lumora/lumora\n";
-    writeFile(home.autostartFile(), byHand);
-
-    Process agent(home, {"--simulate"});
-    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
-    EXPECT_TRUE(contains(agent.output(),
-                         "no display server (DISPLAY and WAYLAND_DISPLAY are "
-                         "unset); running headless\n"))
-        << agent.output();
-    agent.signal(SIGHUP);
-    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
-    EXPECT_EQ(readFile(home.autostartFile()), byHand);
-    EXPECT_EQ(loginItemAsked(home), std::nullopt);
+    const struct {
+        std::map<std::string, std::string> environment;
+        const char* notice;
+        int signal;
+    } cases[] = {
+        {{},
+         "no display server (DISPLAY and WAYLAND_DISPLAY are unset); running headless\n",
+         SIGHUP},
+        // A display number nobody serves.
+        {{{"DISPLAY", ":97"}}, "the display server cannot be reached; running headless\n", SIGTERM},
+        // Qt's offscreen platform draws windows but has no system tray.
+        {{{"QT_QPA_PLATFORM", "offscreen"}},
+         "no system tray; running without an icon (URL commands still work)\n",
+         SIGTERM},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.notice);
+        Home home;
+        std::filesystem::create_directories(home.autostartFile().parent_path());
+        writeFile(home.autostartFile(), byHand);
+        Process agent(home, {"--simulate"}, c.environment);
+        ASSERT_TRUE(eventually([&] { return home.agentAnswers(); }, kStartLimit)) << agent.output();
+        EXPECT_TRUE(contains(agent.output(), c.notice)) << agent.output();
+        EXPECT_EQ(runToEnd(home, {"lumora://brightness?display=2&value=40"}).status, 0);
+        agent.signal(c.signal);
+        EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+        EXPECT_EQ(readFile(home.autostartFile()), byHand);
+        EXPECT_EQ(loginItemAsked(home), std::nullopt);
+    }
 }
 
 }  // namespace

@@ -1,16 +1,8 @@
 #include "lid/LidMode.h"
 
-#include <array>
 #include <ostream>
 
 namespace lumora {
-
-namespace {
-
-constexpr std::array kAllModes{LidMode::unknown, LidMode::open, LidMode::closedExternal,
-                               LidMode::closedAlone};
-
-}  // namespace
 
 std::string_view rawValue(LidMode mode) {
     switch (mode) {
@@ -24,13 +16,6 @@ std::string_view rawValue(LidMode mode) {
             return "closedAlone";
     }
     return "unknown";
-}
-
-std::optional<LidMode> lidModeFromRaw(std::string_view raw) {
-    for (LidMode mode : kAllModes) {
-        if (rawValue(mode) == raw) return mode;
-    }
-    return std::nullopt;
 }
 
 std::ostream& operator<<(std::ostream& out, LidMode mode) {

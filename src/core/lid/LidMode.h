@@ -10,8 +10,6 @@ namespace lumora {
 enum class LidMode { unknown, open, closedExternal, closedAlone };
 
 std::string_view rawValue(LidMode mode);
-// Exactly the four raw values; anything else yields nothing.
-std::optional<LidMode> lidModeFromRaw(std::string_view raw);
 
 std::ostream& operator<<(std::ostream& out, LidMode mode);
 

@@ -18,10 +18,7 @@ class OsdTest : public ::testing::Test {
     static void SetUpTestSuite() { (void)qtApp(); }
 };
 
-TEST(OsdGeometry, LayoutFrameTextAndSegments) {
-    // Drawn up from the bottom-left: 64 - 20 - 24 = 20 from the top.
-    EXPECT_EQ(ui::osd::symbolRect(), QRect(14, 20, 24, 24));
-    EXPECT_EQ(ui::osd::fromBottomLeft(0, 0, 10, 4), QRect(0, 60, 10, 4));
+TEST(OsdGeometry, FrameTextAndSegments) {
     // Centred, its bottom 14 % of the height above the screen's bottom: 982 - 137.48 - 64.
     EXPECT_EQ(ui::osdFrame(QRect(0, 0, 1512, 982)), QRect(646, 781, 220, 64));
     EXPECT_EQ(ui::osdFrame(QRect(1512, 100, 2560, 1440)), QRect(2682, 1274, 220, 64));

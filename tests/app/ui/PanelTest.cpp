@@ -20,16 +20,14 @@ class PanelTest : public UiScenario {
     }
 };
 
+// The header below shows the other modes; these are the ones its world never reaches.
 TEST(LidText, ModeAndAngleWhenKnown) {
-    EXPECT_EQ(ui::lidText(LidMode::unknown, 40), "Крышка: ?");
     EXPECT_EQ(ui::lidText(LidMode::open, std::nullopt), "Крышка открыта");
-    EXPECT_EQ(ui::lidText(LidMode::open, 112), "Крышка открыта · 112°");
-    EXPECT_EQ(ui::lidText(LidMode::closedExternal, 0), "Закрыта, внешний монитор · 0°");
     EXPECT_EQ(ui::lidText(LidMode::closedAlone, 2), "Закрыта · 2°");
     EXPECT_EQ(ui::lidText(LidMode::closedAlone, std::nullopt), "Закрыта");
 }
 
-TEST_F(PanelTest, HeaderFollowsTheLid) {
+TEST_F(PanelTest, HeaderAndBuiltinCardFollowTheLid) {
     boot(fixtureWorld("laptopAndExternal.json"));
     settle();
     EXPECT_EQ(panel().lidLabel()->text(), "Крышка: ?") << "before the model starts";
@@ -44,6 +42,14 @@ TEST_F(PanelTest, HeaderFollowsTheLid) {
     ASSERT_EQ(model->lidMode().get(), LidMode::closedExternal);
     EXPECT_EQ(panel().lidLabel()->text(), "Закрыта, внешний монитор · 3°");
     EXPECT_EQ(panel().lidSymbolName(), "laptopcomputer.slash");
+    // The built-in panel's card says why it is off, and offers nothing to change.
+    ui::DisplayCard* builtin = panel().card(1);
+    ASSERT_NE(builtin, nullptr);
+    EXPECT_EQ(builtin->findChild<QLabel*>(QStringLiteral("status"))->text(),
+              "Выключен: крышка закрыта");
+    EXPECT_FALSE(badgesOf(*builtin).contains("отключён"));
+    EXPECT_EQ(builtin->switchOffButton(), nullptr);
+    EXPECT_EQ(builtin->brightnessRow(), nullptr);
 }
 
 TEST_F(PanelTest, SectionsFollowTheCardsInOrderAndScrollOnlyWhenTheyDoNotFit) {

@@ -2,24 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "core/log/TestLog.h"
 #include "display/Displays.h"
-#include "log/Log.h"
 #include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
 #include "sim/World.h"
 #include "support/ForwardingDisplayServer.h"
-#include "support/TestSupport.h"
 
 namespace lumora::test {
-
-using Lines = std::vector<std::string>;
 
 // A listed display that is not online: switched off, or the absent built-in panel.
 inline DisplayInfo offline(DisplayID id, std::string name, bool builtin = false) {
@@ -89,39 +85,36 @@ class FaultyServer final : public ForwardingDisplayServer {
 
 // A simulated machine, an in-memory defaults store, a log in a temporary folder and the
 // Displays under test. Defaults must be seeded before start: Displays reads them once.
-class DisplayScenario : public ::testing::Test {
+class DisplayScenario : public ::testing::Test, protected TestLog {
   protected:
     static constexpr const char* kFixture = "laptopDockedMonitorAndProjector.json";
+    static constexpr const char* kMonitors = "laptopAndLowDensityMonitors.json";
 
     // A world that cannot be read fails the test and leaves an empty machine.
-    void start(const std::string& worldJson) {
+    void start(const std::string& worldJson, bool virtualDisplays = true) {
         auto parsed = sim::parseWorld(worldJson);
         if (!parsed.world) ADD_FAILURE() << parsed.error;
-        machine = std::make_unique<sim::SimMachine>(parsed.world.value_or(sim::World{}), scheduler);
+        sim::World world = parsed.world.value_or(sim::World{});
+        if (!virtualDisplays) world.virtualDisplays = false;
+        machine = std::make_unique<sim::SimMachine>(world, scheduler);
         server = std::make_unique<FaultyServer>(machine->displayServer());
         displays = std::make_unique<Displays>(*server, defaults, log);
     }
-    void startFixture() {
-        const char* folder = std::getenv("LUMORA_FIXTURES");
-        if (folder == nullptr) ADD_FAILURE() << "LUMORA_FIXTURES is not set";
-        start(readFile(std::filesystem::path(folder ? folder : "") / kFixture));
+    void startFixture(const char* name = kFixture, bool virtualDisplays = true) {
+        start(readFile(fixture(name)), virtualDisplays);
     }
 
-    // Every line logged so far, without its time stamp.
-    Lines logged() {
-        log.flush();
-        Lines lines;
-        const std::string stamp = std::string(kFixedStamp) + " ";
-        for (auto& line : log.tail(1000))
-            lines.push_back(line.substr(stamp.size()));
-        return lines;
-    }
     std::optional<nlohmann::json> storedDisconnected() const {
         return defaults.object(Displays::kDisconnectedKey);
     }
+    nlohmann::json state() const { return machine->state(); }
+    nlohmann::json stateOf(DisplayID id) const {
+        const auto all = machine->state();
+        for (const auto& d : all["displays"])
+            if (d["id"] == id) return d;
+        return nullptr;
+    }
 
-    TempDir dir;
-    Log log{Log::Options{dir / "Lumora.log", fixedLocalTime, {}}};
     sim::VirtualScheduler scheduler;
     MemoryDefaults defaults;
     std::unique_ptr<sim::SimMachine> machine;

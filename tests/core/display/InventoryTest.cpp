@@ -115,9 +115,6 @@ TEST_F(InventoryTest, VirtualDisplaysByVendorOrByRegisteredIdentifier) {
     displays->addVirtualID(9);
     EXPECT_TRUE(displays->list()[2].isVirtual);
     EXPECT_EQ(displays->snapshot().externals, 1);
-    displays->setVirtualIDs({2, 9});
-    displays->removeVirtualID(9);
-    EXPECT_EQ(displays->snapshot().externals, 1);
 }
 
 TEST_F(InventoryTest, SnapshotRemembersTheBuiltinPanelWhenItChanges) {

@@ -1,9 +1,11 @@
 // Registering shortcuts as global hot keys and delivering presses on the main queue.
 #include <gtest/gtest.h>
 
-#include "InputScenario.h"
+#include "core/log/TestLog.h"
 #include "input/Hotkeys.h"
 #include "input/KeyCodes.h"
+#include "sim/SimInput.h"
+#include "sim/VirtualScheduler.h"
 
 namespace lumora {
 namespace {
@@ -18,11 +20,13 @@ const std::vector<R> kAllDefaults = {{kKeyUpArrow, kCtrlOptCmd, 1},
                                      {kKeyB, kCtrlOptCmd, 3},
                                      {kKeyH, kCtrlOptCmd, 4}};
 
-class HotkeysTest : public ::testing::Test, protected test::InputScenario {
+class HotkeysTest : public ::testing::Test, protected test::TestLog {
   protected:
     HotkeysTest() {
         hotkeys->onAction = [this](A action) { fired.push_back(action); };
     }
+    sim::VirtualScheduler clock;
+    sim::SimInput input{true};
     std::unique_ptr<Hotkeys> hotkeys = std::make_unique<Hotkeys>(input, clock, log);
     std::vector<A> fired;
 };

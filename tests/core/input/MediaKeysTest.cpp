@@ -1,8 +1,9 @@
 // The brightness-key tap: swallow or pass, and starting under the permission.
 #include <gtest/gtest.h>
 
-#include "InputScenario.h"
+#include "core/log/TestLog.h"
 #include "input/MediaKeys.h"
+#include "sim/SimInput.h"
 
 namespace lumora {
 namespace {
@@ -10,7 +11,7 @@ namespace {
 using Strings = std::vector<std::string>;
 constexpr bool kUp = true, kDown = false, kPressed = true, kReleased = false;
 
-class MediaKeysTest : public ::testing::Test, protected test::InputScenario {
+class MediaKeysTest : public ::testing::Test, protected test::TestLog {
   protected:
     MediaKeysTest() {
         keys.onBrightness = [this](bool up, bool fine) {
@@ -22,6 +23,7 @@ class MediaKeysTest : public ::testing::Test, protected test::InputScenario {
         return input.sendBrightnessKey(up, pressed, fine);
     }
 
+    sim::SimInput input{true};
     MediaKeys keys{input, log};
     bool handled = true;
     std::vector<std::pair<bool, bool>> asked;  // (up, fine)

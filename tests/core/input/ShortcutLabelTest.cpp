@@ -19,10 +19,9 @@ TEST(ShortcutLabel, ModifiersAlwaysPrintAsControlOptionShiftCommand) {
     EXPECT_EQ(from(kKeySpace, {M::command, M::option}, " "),
               (Shortcut{kKeySpace, 0x900, "⌥⌘Space"}));
     EXPECT_EQ(from(kKeyReturn, {M::control}, "\r"), (Shortcut{kKeyReturn, 0x1000, "⌃↩"}));
-    // Press order never shows: every permutation gives the same mask and label.
+    // Press order never shows: any permutation gives the same mask and label.
     const Shortcut all{kKeyB, 0x1B00, "⌃⌥⇧⌘B"};
     EXPECT_EQ(from(kKeyB, {M::command, M::shift, M::option, M::control}, "b"), all);
-    EXPECT_EQ(from(kKeyB, {M::option, M::control, M::command, M::shift}, "b"), all);
     EXPECT_EQ(from(kKeyB, {M::shift, M::command, M::control, M::option}, "b"), all);
 }
 

@@ -7,18 +7,17 @@
 #include <string>
 #include <vector>
 
+#include "core/log/TestLog.h"
 #include "display/Displays.h"
 #include "lid/LidController.h"
-#include "log/Log.h"
 #include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
 #include "sim/VirtualScheduler.h"
-#include "support/TestSupport.h"
 
 namespace lumora {
 namespace {
 
-using Lines = std::vector<std::string>;
+using test::Lines;
 
 constexpr const char* kSaved = LidController::kSavedBrightnessKey;
 
@@ -33,10 +32,7 @@ sim::World laptop(double backlight = 0.7, sim::WorldLid lid = {}, bool external 
 const sim::World kLaptopAndExternal = laptop(0.5, {}, true);
 
 std::string startLine(const std::string& facts) {
-    return "lid: start, " + facts +
-           ", config closeAngle=5 openAngle=15 closeDebounce=1.5 sleepDelay=600 "
-           "wakeSleepDelay=60 panelRetry=5 resleepInterval=1 turnOffPanelWithExternal=true "
-           "dimWhenClosed=true disconnectBuiltinWhenExternal=false";
+    return "lid: start, " + facts + ", config " + LidConfig{}.describe();
 }
 
 // A sensor whose every answer the test scripts, for what the simulated one never does: an
@@ -66,7 +62,7 @@ class NoPowerTool final : public Power {
 };
 
 // One machine, its defaults and log, and the controller under test. Time starts at 1000.
-struct Rig {
+struct Rig : test::TestLog {
     explicit Rig(const sim::World& world, LidSensor* sensor = nullptr, Power* power = nullptr)
         : machine(world, scheduler),
           displays(machine.displayServer(), defaults, log),
@@ -76,16 +72,6 @@ struct Rig {
                power ? *power : machine.power(), sensor ? *sensor : machine.lidSensor(),
                machine.systemEvents(), defaults, log})) {}
 
-    // Lines logged since the last call, without their time stamps.
-    Lines lines() {
-        log.flush();
-        auto all = log.tail(1000);
-        Lines fresh;
-        for (std::size_t i = seen; i < all.size(); ++i)
-            fresh.push_back(all[i].substr(std::string(test::kFixedStamp).size() + 1));
-        seen = all.size();
-        return fresh;
-    }
     // The lid moves and the sensor reports it; the report is handled at once.
     void moveLid(std::int64_t angle) {
         machine.setLidAngle(angle);
@@ -99,14 +85,11 @@ struct Rig {
     }
     nlohmann::json power() { return machine.state()["power"]; }
 
-    test::TempDir dir;
-    Log log{Log::Options{dir / "Lumora.log", test::fixedLocalTime, nullptr}};
     sim::VirtualScheduler scheduler;
     MemoryDefaults defaults;
     sim::SimMachine machine;
     Displays displays;
     std::shared_ptr<LidController> lid;
-    std::size_t seen = 0;
 };
 
 TEST(LidController, ClosedWithAnExternalMonitorSwitchesThePanelOffAndShutdownBackOn) {
@@ -114,20 +97,20 @@ TEST(LidController, ClosedWithAnExternalMonitorSwitchesThePanelOffAndShutdownBac
     int changes = 0;
     rig.lid->setOnChange([&] { ++changes; });
     rig.lid->start();
-    EXPECT_EQ(rig.lines(), (Lines{startLine("angle 110, external 1, built-in online, sensor ok"),
-                                  "lid: mode unknown -> open (angle 110, external 1)"}));
+    EXPECT_EQ(rig.logged(), (Lines{startLine("angle 110, external 1, built-in online, sensor ok"),
+                                   "lid: mode unknown -> open (angle 110, external 1)"}));
     rig.moveLid(0);
     rig.scheduler.advance(2.0);
     EXPECT_EQ(rig.panel()["enabled"], false);
     rig.scheduler.advance(10.0);
-    EXPECT_EQ(rig.lines(), (Lines{"lid: mode open -> closedExternal (angle 0, external 1)",
-                                  "display 1: disconnected (0)"}))
+    EXPECT_EQ(rig.logged(), (Lines{"lid: mode open -> closedExternal (angle 0, external 1)",
+                                   "display 1: disconnected (0)"}))
         << "the offline panel is left alone";
 
     rig.moveLid(100);
     EXPECT_EQ(rig.panel()["enabled"], true);
-    EXPECT_EQ(rig.lines(), (Lines{"lid: mode closedExternal -> open (angle 100, external 1)",
-                                  "display 1: connected (0)"}));
+    EXPECT_EQ(rig.logged(), (Lines{"lid: mode closedExternal -> open (angle 100, external 1)",
+                                   "display 1: connected (0)"}));
     EXPECT_EQ(rig.power()["userActivity"], 1);
     rig.scheduler.advance(LidController::kSecondWakeDelay);
     EXPECT_EQ(rig.power()["userActivity"], 2);
@@ -136,11 +119,11 @@ TEST(LidController, ClosedWithAnExternalMonitorSwitchesThePanelOffAndShutdownBac
     // Shutdown never leaves the machine without its panel, although the retry is due again.
     rig.moveLid(0);
     rig.scheduler.advance(10.0);
-    rig.lines();
+    rig.logged();
     rig.lid->shutdown();
     rig.scheduler.advance(10.0);
     EXPECT_EQ(rig.panel()["enabled"], true);
-    EXPECT_EQ(rig.lines(), (Lines{"display 1: connected (0)"}));
+    EXPECT_EQ(rig.logged(), (Lines{"display 1: connected (0)"}));
 }
 
 TEST(LidController, ClosedAloneDimsSleepsAndWakesAndOpeningRestoresTheExactBrightness) {
@@ -163,7 +146,7 @@ TEST(LidController, ClosedAloneDimsSleepsAndWakesAndOpeningRestoresTheExactBrigh
     rig.scheduler.runDue();
     rig.scheduler.advance(60.0);
     EXPECT_EQ(rig.power()["systemSleeps"], 1);
-    EXPECT_EQ(rig.lines(),
+    EXPECT_EQ(rig.logged(),
               (Lines{startLine("angle 110, external 0, built-in online, sensor ok"),
                      "lid: mode unknown -> open (angle 110, external 0)",
                      "system woke (lid open, angle 110)",
@@ -179,7 +162,7 @@ TEST(LidController, ClosedAloneDimsSleepsAndWakesAndOpeningRestoresTheExactBrigh
     rig.moveLid(110);
     EXPECT_EQ(rig.panel()["backlight"], 0.7);
     EXPECT_FALSE(rig.defaults.contains(kSaved));
-    EXPECT_EQ(rig.lines(), (Lines{"lid: mode closedAlone -> open (angle 110, external 0)"}));
+    EXPECT_EQ(rig.logged(), (Lines{"lid: mode closedAlone -> open (angle 110, external 0)"}));
     // Shutdown gives the brightness back too, and nothing is done after it.
     rig.moveLid(0);
     rig.scheduler.advance(2.0);
@@ -223,15 +206,15 @@ TEST(LidController, AFailedPowerToolIsLoggedAndRetriedLater) {
     NoPowerTool power;
     Rig rig(laptop(), nullptr, &power);
     rig.lid->start();
-    rig.lines();
+    rig.logged();
     rig.moveLid(0);
     rig.scheduler.advance(3.0);
-    EXPECT_EQ(rig.lines(), (Lines{"lid: mode open -> closedAlone (angle 0, external 0)",
-                                  "lid: lid closed, nothing external: display sleep",
-                                  "lid: /usr/bin/pmset failed: no such file",
-                                  "lid: display woke with the lid closed (HID tickle): display "
-                                  "sleep again (1 so far)",
-                                  "lid: /usr/bin/pmset failed: no such file"}));
+    EXPECT_EQ(rig.logged(), (Lines{"lid: mode open -> closedAlone (angle 0, external 0)",
+                                   "lid: lid closed, nothing external: display sleep",
+                                   "lid: /usr/bin/pmset failed: no such file",
+                                   "lid: display woke with the lid closed (HID tickle): display "
+                                   "sleep again (1 so far)",
+                                   "lid: /usr/bin/pmset failed: no such file"}));
 }
 
 TEST(LidController, WithoutAWorkingSensorTheLidCountsAsOpen) {
@@ -245,18 +228,18 @@ TEST(LidController, WithoutAWorkingSensorTheLidCountsAsOpen) {
         rig.scheduler.runDue();
         EXPECT_EQ(rig.lid->angle(), std::nullopt);
         EXPECT_EQ(rig.lid->machine().mode(), LidMode::open);
-        EXPECT_EQ(rig.lines(), (Lines{startLine(std::string("angle none, external 0, built-in "
-                                                            "online, sensor ") +
-                                                (lid.sensor ? "ok" : "MISSING")),
-                                      "lid: mode unknown -> open (angle ?, external 0)",
-                                      "system woke (lid open, angle ?)"}));
+        EXPECT_EQ(rig.logged(), (Lines{startLine(std::string("angle none, external 0, built-in "
+                                                             "online, sensor ") +
+                                                 (lid.sensor ? "ok" : "MISSING")),
+                                       "lid: mode unknown -> open (angle ?, external 0)",
+                                       "system woke (lid open, angle ?)"}));
     }
 
     ScriptedSensor sensor;
     sensor.openStatus = static_cast<std::int32_t>(0xE00002C5);
     Rig failed(laptop(), &sensor);
     failed.lid->start();
-    EXPECT_EQ(failed.lines(),
+    EXPECT_EQ(failed.logged(),
               (Lines{"lid: sensor open failed (-536870203)",
                      startLine("angle none, external 0, built-in online, sensor ok"),
                      "lid: mode unknown -> open (angle ?, external 0)"}));
@@ -306,26 +289,22 @@ TEST(LidController, UpdatesAndReconfigurationsAreActedOnAtOnce) {
     rig.moveLid(0);
     rig.scheduler.advance(2.0);
     ASSERT_EQ(rig.lid->machine().mode(), LidMode::closedAlone);
-    rig.lines();
+    rig.logged();
     const std::size_t pending = rig.scheduler.pendingCount();
     rig.machine.setOnline(2, true);  // begin, then add: one tick
     EXPECT_EQ(rig.scheduler.pendingCount(), pending + 1);
     rig.scheduler.runDue();
-    EXPECT_EQ(rig.lines(), (Lines{"lid: mode closedAlone -> closedExternal (angle 0, external 1)",
-                                  "display 1: disconnected (0)"}));
+    EXPECT_EQ(rig.logged(), (Lines{"lid: mode closedAlone -> closedExternal (angle 0, external 1)",
+                                   "display 1: disconnected (0)"}));
     EXPECT_EQ(rig.panel()["backlight"], 0.5) << "the dim is undone";
 
     LidConfig config;
     config.turnOffPanelWithExternal = false;
     config.sleepDelay = 30.5;
     rig.lid->update(config);
-    EXPECT_EQ(rig.lines(),
-              (Lines{"lid: config closeAngle=5 openAngle=15 closeDebounce=1.5 sleepDelay=30.5 "
-                     "wakeSleepDelay=60 panelRetry=5 resleepInterval=1 "
-                     "turnOffPanelWithExternal=false dimWhenClosed=true "
-                     "disconnectBuiltinWhenExternal=false",
-                     "lid: mode closedExternal -> closedAlone (angle 0, external 1)",
-                     "display 1: connected (0)"}));
+    EXPECT_EQ(rig.logged(), (Lines{"lid: config " + config.describe(),
+                                   "lid: mode closedExternal -> closedAlone (angle 0, external 1)",
+                                   "display 1: connected (0)"}));
     EXPECT_EQ(rig.lid->machine().config(), config);
 }
 

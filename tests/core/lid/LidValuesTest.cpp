@@ -1,10 +1,9 @@
-// The lid value types: LidConfig coding and description, LidMode raw values.
+// The lid configuration: its JSON coding and the description the log shows.
 #include <gtest/gtest.h>
 
 #include <limits>
 
 #include "lid/LidConfig.h"
-#include "lid/LidMode.h"
 
 namespace lumora {
 namespace {
@@ -68,16 +67,9 @@ TEST(LidConfigDescribe, NamesEveryFieldInOrderWithShortestNumbers) {
               "disconnectBuiltinWhenExternal=false");
     // Fixed or scientific, whichever is shorter; whole numbers written out exactly.
     const std::pair<double, const char*> numbers[] = {
-        {0.1, "0.1"},
-        {-0.0, "-0"},
-        {0.001, "0.001"},
-        {0.0001, "1e-04"},
-        {1e308, "1e+308"},
-        {2e21, "2e+21"},
-        {5e-324, "5e-324"},
-        {2.0 / 3, "0.6666666666666666"},
-        {123456789012345680.0, "123456789012345680"},
-        {1e16, "1e+16"},
+        {0.001, "0.001"},   {0.0001, "1e-04"},
+        {5e-324, "5e-324"}, {2.0 / 3, "0.6666666666666666"},
+        {1e16, "1e+16"},    {123456789012345680.0, "123456789012345680"},
     };
     for (const auto& [value, text] : numbers) {
         LidConfig config;
@@ -86,17 +78,6 @@ TEST(LidConfigDescribe, NamesEveryFieldInOrderWithShortestNumbers) {
                   std::string::npos)
             << config.describe();
     }
-}
-
-TEST(LidModeRaw, FourRawValuesRoundTripAndNothingElseDecodes) {
-    const char* const raw[] = {"unknown", "open", "closedExternal", "closedAlone"};
-    for (LidMode mode :
-         {LidMode::unknown, LidMode::open, LidMode::closedExternal, LidMode::closedAlone}) {
-        EXPECT_EQ(rawValue(mode), raw[static_cast<int>(mode)]);
-        EXPECT_EQ(lidModeFromRaw(raw[static_cast<int>(mode)]), mode);
-    }
-    for (const char* other : {"closed", "", "Open", "closedAlone "})
-        EXPECT_EQ(lidModeFromRaw(other), std::nullopt) << other;
 }
 
 }  // namespace

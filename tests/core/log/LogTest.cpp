@@ -105,13 +105,10 @@ TEST_F(LogTest, ConcurrentWritersNeverInterleaveWithinALine) {
 }
 
 TEST(LogStamp, FormatsTwentyFourHourLocalTime) {
-    std::tm t{};
-    t.tm_year = 2025 - 1900;
-    t.tm_mday = 3;
+    std::tm t = test::fixedLocalTime();
+    t.tm_mon = 0;
     t.tm_hour = 23;
-    t.tm_min = 4;
-    t.tm_sec = 59;
-    EXPECT_EQ(Log::formatStamp(t), "2025-01-03 23:04:59");
+    EXPECT_EQ(Log::formatStamp(t), "2026-01-21 23:05:07");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "VirtualScenario.h"
+#include "core/display/DisplayScenario.h"
 #include "virtual/LMVirtualScreen.h"
 #include "virtual/VirtualScreenConfig.h"
 #include "virtual/VirtualScreenPlan.h"
@@ -39,7 +39,7 @@ TEST(VirtualScreenPlanTest, ConvenienceSizesModesAndMillimetres) {
               0x80000000u);
 }
 
-class VirtualScreenObjectTest : public test::VirtualScenario {};
+class VirtualScreenObjectTest : public test::DisplayScenario {};
 
 TEST_F(VirtualScreenObjectTest, LivesExactlyAsLongAsTheObjectAndRefusalsCreateNothing) {
     startFixture(kMonitors);
@@ -62,7 +62,6 @@ TEST_F(VirtualScreenObjectTest, LivesExactlyAsLongAsTheObjectAndRefusalsCreateNo
     auto noModes = backing;
     noModes.modes.clear();
     EXPECT_FALSE(LMVirtualScreen::create(platform, noModes));
-    EXPECT_FALSE(LMVirtualScreen::createConvenience(platform, "Zero", 0, 1080, 60, false, 1));
     EXPECT_TRUE(state()["virtualDisplays"].empty());
     EXPECT_TRUE(LMVirtualScreensAvailable(platform));
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "VirtualScenario.h"
+#include "core/display/DisplayScenario.h"
 #include "virtual/HiDPI.h"
 #include "virtual/VirtualScreens.h"
 
@@ -11,11 +11,11 @@ using nlohmann::json;
 using Lines = std::vector<std::string>;
 using Configs = std::vector<VirtualScreenConfig>;
 
-class VirtualScreensTest : public test::VirtualScenario {
+class VirtualScreensTest : public test::DisplayScenario {
   protected:
     void startScreens() {
-        screens = std::make_unique<VirtualScreens>(*displays, machine->virtualDisplays(), defaults,
-                                                   *log_);
+        screens =
+            std::make_unique<VirtualScreens>(*displays, machine->virtualDisplays(), defaults, log);
     }
     void store(const Configs& configs) {
         defaults.setJsonData(VirtualScreens::kStorageKey, VirtualScreenConfig::listToJson(configs));
@@ -153,7 +153,7 @@ TEST_F(VirtualScreensTest, UndecodableStoredListIsEmptyAndOverwritten) {
 
 TEST_F(VirtualScreensTest, SavingReplacesTheVirtualIdSet) {
     startFixture(kMonitors);
-    HiDPI hidpi(*displays, machine->virtualDisplays(), scheduler, defaults, *log_);
+    HiDPI hidpi(*displays, machine->virtualDisplays(), scheduler, defaults, log);
     startScreens();
     hidpi.enable(2);
     EXPECT_EQ(displays->virtualIDs(), (std::set<DisplayID>{100}));
