@@ -44,11 +44,8 @@ sim::World world(int displays, int modesPerDisplay) {
                               .vendor = 4268,
                               .model = 41234,
                               .serial = static_cast<std::uint32_t>(d),
-                              .origin = {},
                               .sizeMM = Size{600, 340},
-                              .modes = worldModes(modesPerDisplay, (d + 1) * 1000),
-                              .mode = {},
-                              .ddc = {}});
+                              .modes = worldModes(modesPerDisplay, (d + 1) * 1000)});
     }
     return w;
 }

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -87,9 +86,7 @@ void checkParsed(std::string_view url) {
 void checkStatus(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     if (!in) return;
-    std::stringstream text;
-    text << in.rdbuf();
-    const auto status = nlohmann::json::parse(text.str(), nullptr, false);
+    const auto status = nlohmann::json::parse(in, nullptr, false);
     check(status.is_object() && status["displays"].is_array(), "the status file is not valid");
 }
 

@@ -34,14 +34,12 @@ using namespace std::chrono_literals;
 
 // The machine may be slow and busy (sanitizers, parallel builds): waits are generous, and no
 // test asserts speed.
-inline constexpr auto kStartLimit = 60s;
-inline constexpr auto kCommandLimit = 60s;
-inline constexpr auto kExitLimit = 60s;
+inline constexpr auto kWaitLimit = 60s;
 inline constexpr auto kPollInterval = 20ms;
 
 // Polls `done` until it holds; false when `limit` passes first.
 inline bool eventually(const std::function<bool()>& done,
-                       std::chrono::milliseconds limit = kCommandLimit) {
+                       std::chrono::milliseconds limit = kWaitLimit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!done()) {
         if (std::chrono::steady_clock::now() >= deadline) return false;
@@ -145,7 +143,7 @@ class Process {
     Process(const Home& home, const std::vector<std::string>& arguments,
             const std::map<std::string, std::string>& extraEnvironment = {},
             bool errorsApart = false, const std::string& program = LUMORA_BINARY)
-        : output_(home / ("output-" + std::to_string(++counter()) + ".txt")),
+        : output_(home / ("output-" + std::to_string(++counter_) + ".txt")),
           error_(errorsApart ? std::filesystem::path(output_.string() + ".err") : output_) {
         std::vector<std::string> argv{program};
         argv.insert(argv.end(), arguments.begin(), arguments.end());
@@ -192,7 +190,7 @@ class Process {
 
     // The exit status once the process has ended by itself; -1 for a death by signal.
     // Nothing when it still runs after `limit`.
-    std::optional<int> waitExit(std::chrono::milliseconds limit = kExitLimit) {
+    std::optional<int> waitExit(std::chrono::milliseconds limit = kWaitLimit) {
         if (started()) eventually([this] { return !alive(); }, limit);
         return status_;
     }
@@ -215,11 +213,7 @@ class Process {
     [[nodiscard]] std::string error() const { return readFile(error_); }
 
   private:
-    static int& counter() {
-        static int n = 0;
-        return n;
-    }
-
+    inline static int counter_ = 0;  // output files of one home never clash
     std::filesystem::path output_;
     std::filesystem::path error_;
     pid_t pid_ = -1;
@@ -236,7 +230,7 @@ inline Finished runToEnd(const Home& home, const std::vector<std::string>& argum
                          const std::map<std::string, std::string>& extraEnvironment = {},
                          bool errorsApart = false, const std::string& program = LUMORA_BINARY) {
     Process process(home, arguments, extraEnvironment, errorsApart, program);
-    const auto status = process.waitExit(kCommandLimit);
+    const auto status = process.waitExit();
     return {status, process.output(), errorsApart ? process.error() : ""};
 }
 
@@ -248,8 +242,7 @@ class Agent {
                    const std::map<std::string, std::string>& extraEnvironment = {})
         : home_(home),
           process_(home, arguments(home, std::move(extra)), extraEnvironment),
-          ready_(process_.started() &&
-                 eventually([&] { return home_.agentAnswers(); }, kStartLimit)) {}
+          ready_(process_.started() && eventually([&] { return home_.agentAnswers(); })) {}
 
     [[nodiscard]] bool ready() const { return ready_; }
     // The start's DDC scan has answered: commands now reach the monitors over DDC/CI.

@@ -43,6 +43,35 @@ std::string squeezed(const std::string& text) {
     return std::regex_replace(text, std::regex("\\s+"), " ");
 }
 
+// The completions for the words after "lumora", one a line.
+Finished complete(const Home& home, const std::string& shell,
+                  const std::vector<std::string>& words) {
+    std::string quoted;
+    for (const auto& w : words)
+        quoted += " '" + w + "'";
+    std::string script;
+    if (shell == "bash") {
+        script = "source '" + (kSourceRoot / "packaging/completion/lumora.bash").string() +
+                 "'\nCOMP_WORDS=(lumora" + quoted +
+                 ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_lumora\n"
+                 "((${#COMPREPLY[@]})) && printf '%s\\n' \"${COMPREPLY[@]}\"\n";
+    } else {
+        // zsh's completion system needs a terminal; these stand-ins print what would be offered.
+        script =
+            "compadd() { while [[ $1 == -* && $1 != -- ]]; do [[ $1 == -S ]] && shift; shift; "
+            "done; [[ $1 == -- ]] && shift; print -l -- \"$@\"; }\n"
+            "_describe() { print -l -- ${${(P)2}%%:*}; }\n"
+            "_files() { print FILES; }\n"
+            "source '" +
+            (kSourceRoot / "packaging/completion/_lumora").string() +
+            "' >/dev/null\n"
+            "words=(lumora" +
+            quoted + ")\nCURRENT=$#words\nPREFIX=$words[CURRENT]\n_lumora\n";
+    }
+    writeFile(home / "complete.sh", script);
+    return runSplit(home, {(home / "complete.sh").string()}, "/usr/bin/" + shell);
+}
+
 TEST(CliBlackBox, HelpVersionAndUnusableWordsNeedNoAgent) {
     Home home;
     auto help = runSplit(home, {"--help"});
@@ -65,13 +94,12 @@ TEST(CliBlackBox, HelpVersionAndUnusableWordsNeedNoAgent) {
     EXPECT_EQ(extra.output, "");
     EXPECT_EQ(extra.error,
               "lumora: too many words for brightness: 80\n" + std::string(app::kUsage) + "\n");
-    EXPECT_EQ(runSplit(home, {"--json"}).status, 2);
     // None of it looked for an agent or started one.
     EXPECT_FALSE(fs::exists(home.statusFile()));
     EXPECT_FALSE(fs::exists(home.logFile()));
 }
 
-TEST(CliBlackBox, OneAgentServesShortCommandsWithExitStatusReasonAndStatusAndRefusesASecond) {
+TEST(CliBlackBox, OneAgentServesShortCommandsStatusAndCompletionsAndRefusesASecond) {
     Home home;
     Agent agent(home);
     ASSERT_TRUE(agent.ready()) << agent.process().output();
@@ -85,10 +113,8 @@ TEST(CliBlackBox, OneAgentServesShortCommandsWithExitStatusReasonAndStatusAndRef
         {{"brightness", "office", "70"}, 0, ""},
         {{"brightness", "nosuch", "70"}, 1, "lumora: display not found: nosuch\n"},
         {{"lumora://brightness?display=nosuch&value=70"}, 1, "lumora: display not found: nosuch\n"},
-        {{"brightness", "office", "abc"}, 1, "lumora: brightness needs a value (0-100 or 0-1)\n"},
         {{"dim", "3"}, 0, ""},
         {{"mode", "office", "1920x1080@60"}, 0, ""},
-        {{"mode", "builtin", "1920x1080@60"}, 1, "lumora: no mode matches 1920x1080\n"},
         {{"mode", "office", "abc"}, 1, "lumora: mode needs a whole width and height\n"},
         {{"ddc", "office", "0x60", "15"}, 0, ""},
         {{"frobnicate"}, 1, "lumora: unknown command: frobnicate\n"},
@@ -141,90 +167,8 @@ TEST(CliBlackBox, OneAgentServesShortCommandsWithExitStatusReasonAndStatusAndRef
     EXPECT_TRUE(contains(readFile(home.logFile()), "another Lumora is running; exiting"));
     EXPECT_TRUE(agent.send("lumora://status"));
     EXPECT_TRUE(agent.process().alive());
-}
 
-// With no agent running, a command starts one: it cannot hand back an exit status, so it says
-// why the command did nothing, carries it out only once it runs, and serves what follows.
-TEST(CliBlackBox, ShortCommandWithoutAgentStartsOneThatSaysWhyItDidNothing) {
-    Home home;
-    Agent agent(home, {"--print-status", "dim", "nosuch"});
-    ASSERT_TRUE(agent.ready()) << agent.process().output();
-    EXPECT_TRUE(eventually([&] {
-        const std::string out = agent.process().output();
-        return contains(out, "lumora: display not found: nosuch\n") &&
-               contains(out, "\"displays\": [");
-    })) << agent.process().output();
-    const std::string log = readFile(home.logFile());
-    const auto started = log.find("lid: start");
-    EXPECT_LT(started, log.find("url: dim [\"display\": \"nosuch\"]\n")) << log;
-    EXPECT_NE(started, std::string::npos) << log;
-
-    EXPECT_TRUE(agent.send("lumora://brightness?display=office&value=30"));
-    auto status = readJson(home.statusFile());
-    ASSERT_TRUE(status);
-    EXPECT_DOUBLE_EQ(displayWithId(*status, 2).value("brightness", -1.0), 0.3);
-    EXPECT_TRUE(agent.process().alive());
-}
-
-TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
-    const fs::path page = kSourceRoot / "packaging/linux/lumora.1";
-    Home home;
-    // Wide lines and no hyphenation; plain text without overstriking.
-    auto rendered = runSplit(
-        home, {"-man", "-Tascii", "-P-cbou", "-rLL=200n", "-ww", page.string()}, "/usr/bin/groff");
-    if (!rendered.status || *rendered.status != 0) {
-        GTEST_SKIP() << "groff is not installed (Debian: groff-base)";
-    }
-    EXPECT_EQ(rendered.error, "");
-    const std::string text = squeezed(rendered.output);
-    for (const std::string& line : lines(app::helpText())) {
-        // The option and command lines of the help text, as the page sets them.
-        if (!line.starts_with("  ")) continue;
-        const std::string item = squeezed(line.substr(2));
-        const std::size_t split = line.find("  ", 2);
-        ASSERT_NE(split, std::string::npos) << line;
-        const std::string tag = squeezed(line.substr(2, split - 2));
-        const std::string body = squeezed(line.substr(line.find_first_not_of(' ', split)));
-        EXPECT_NE(text.find(" " + tag + " " + body + " "), std::string::npos)
-            << "the man page lacks: " << item;
-    }
-}
-
-// The completions for the words after "lumora", one a line.
-Finished complete(const Home& home, const std::string& shell,
-                  const std::vector<std::string>& words) {
-    std::string quoted;
-    for (const auto& w : words)
-        quoted += " '" + w + "'";
-    std::string script;
-    if (shell == "bash") {
-        script = "source '" + (kSourceRoot / "packaging/completion/lumora.bash").string() +
-                 "'\nCOMP_WORDS=(lumora" + quoted +
-                 ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_lumora\n"
-                 "((${#COMPREPLY[@]})) && printf '%s\\n' \"${COMPREPLY[@]}\"\n";
-    } else {
-        // zsh's completion system needs a terminal; these stand-ins print what would be offered.
-        script =
-            "compadd() { while [[ $1 == -* && $1 != -- ]]; do [[ $1 == -S ]] && shift; shift; "
-            "done; [[ $1 == -- ]] && shift; print -l -- \"$@\"; }\n"
-            "_describe() { print -l -- ${${(P)2}%%:*}; }\n"
-            "_files() { print FILES; }\n"
-            "source '" +
-            (kSourceRoot / "packaging/completion/_lumora").string() +
-            "' >/dev/null\n"
-            "words=(lumora" +
-            quoted + ")\nCURRENT=$#words\nPREFIX=$words[CURRENT]\n_lumora\n";
-    }
-    writeFile(home / "complete.sh", script);
-    return runSplit(home, {(home / "complete.sh").string()}, "/usr/bin/" + shell);
-}
-
-// Asks each shell what it offers after "lumora" with an agent's status file in place.
-TEST(CliBlackBox, ShellCompletionsOfferCommandsOptionsAndTheAgentsDisplays) {
-    Home home;
-    Agent agent(home);
-    ASSERT_TRUE(agent.ready()) << agent.process().output();
-    ASSERT_TRUE(agent.send("lumora://status"));
+    // Each shell's completions with this agent's status file in place.
     for (const std::string shell : {"bash", "zsh"}) {
         SCOPED_TRACE(shell);
         if (!fs::exists("/usr/bin/" + shell)) {
@@ -263,6 +207,30 @@ TEST(CliBlackBox, ShellCompletionsOfferCommandsOptionsAndTheAgentsDisplays) {
             EXPECT_EQ(lines(complete(home, shell, {"brightness", "Off"}).output),
                       std::vector<std::string>{"Office\\ Monitor"});
         }
+    }
+}
+
+TEST(CliBlackBox, ManPageHasTheHelpTextsOptionsAndCommands) {
+    const fs::path page = kSourceRoot / "packaging/linux/lumora.1";
+    Home home;
+    // Wide lines and no hyphenation; plain text without overstriking.
+    auto rendered = runSplit(
+        home, {"-man", "-Tascii", "-P-cbou", "-rLL=200n", "-ww", page.string()}, "/usr/bin/groff");
+    if (!rendered.status || *rendered.status != 0) {
+        GTEST_SKIP() << "groff is not installed (Debian: groff-base)";
+    }
+    EXPECT_EQ(rendered.error, "");
+    const std::string text = squeezed(rendered.output);
+    for (const std::string& line : lines(app::helpText())) {
+        // The option and command lines of the help text, as the page sets them.
+        if (!line.starts_with("  ")) continue;
+        const std::string item = squeezed(line.substr(2));
+        const std::size_t split = line.find("  ", 2);
+        ASSERT_NE(split, std::string::npos) << line;
+        const std::string tag = squeezed(line.substr(2, split - 2));
+        const std::string body = squeezed(line.substr(line.find_first_not_of(' ', split)));
+        EXPECT_NE(text.find(" " + tag + " " + body + " "), std::string::npos)
+            << "the man page lacks: " << item;
     }
 }
 

@@ -11,14 +11,14 @@ TEST(PanelBlackBox, PreviewShowsAWindowForFifteenSecondsWithoutStartingTheAgent)
     Home home;
     const auto begin = std::chrono::steady_clock::now();
     Process preview(home, {"--simulate", "--preview"}, {{"QT_QPA_PLATFORM", "offscreen"}});
-    ASSERT_TRUE(eventually([&] { return contains(preview.output(), "WINDOW "); }, kStartLimit))
+    ASSERT_TRUE(eventually([&] { return contains(preview.output(), "WINDOW "); }))
         << preview.output();
     EXPECT_TRUE(std::regex_search(preview.output(), std::regex("(^|\n)WINDOW [0-9]+\n")))
         << preview.output();
     // A preview is no agent: it takes no socket and refuses nobody.
     EXPECT_FALSE(home.agentAnswers());
 
-    ASSERT_EQ(preview.waitExit(kExitLimit + 15s), 0) << preview.output();
+    ASSERT_EQ(preview.waitExit(kWaitLimit + 15s), 0) << preview.output();
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 15s);
     const std::string log = readFile(home.logFile());
     EXPECT_FALSE(contains(log, "lid: start")) << log;

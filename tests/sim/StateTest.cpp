@@ -21,16 +21,16 @@ GammaRamps halfRamp() {
 }
 
 // The state file follows every change through a port, pretty-printed with sorted keys.
-TEST(State, ExampleWorldAndAChangeThroughEachPort) {
+TEST(State, DefaultWorldAndAChangeThroughEachPort) {
     lumora::test::TempDir dir;
-    Bench bench(worldFrom(kExampleWorld));
+    Bench bench(defaultWorld());
     const auto file = dir / "state.json";
     bench.machine.setStateFile(file);
     const auto written = [&] { return json::parse(lumora::test::readFile(file)); };
     json expected = json::parse(R"({
       "displays": [
         { "id": 1, "online": true, "enabled": true, "main": true, "mode": 10, "origin": [0, 0],
-          "mirrorOf": 0, "virtual": false, "backlight": 0.7, "gamma": "identity" },
+          "mirrorOf": 0, "virtual": false, "backlight": 0.5, "gamma": "identity" },
         { "id": 2, "online": true, "enabled": true, "main": false, "mode": 20, "origin": [1512, 0],
           "mirrorOf": 0, "virtual": false, "gamma": "identity",
           "vcp": { "0x10": 50, "0x12": 75, "0x60": 15, "0x62": 30, "0xd6": 1 } },
@@ -78,7 +78,7 @@ TEST(State, ExampleWorldAndAChangeThroughEachPort) {
 }
 
 TEST(State, GammaIsTakenOnlyByAnOnlineDisplayAndOnlyInItsSize) {
-    Bench bench(worldFrom(kExampleWorld));
+    Bench bench(defaultWorld());
     DisplayServer& server = bench.machine.displayServer();
     GammaRamps table = halfRamp();
     EXPECT_EQ(server.gammaRampSize(3), 256u);

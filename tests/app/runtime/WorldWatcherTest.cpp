@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -19,11 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using json = nlohmann::json;
 using Event = std::pair<DisplayID, DisplayChange>;
-
-fs::path fixtures() {
-    const char* folder = std::getenv("LUMORA_FIXTURES");
-    return folder ? folder : "tests/fixtures";
-}
 
 class WorldWatcherTest : public test::QtAppTest {
   protected:
@@ -56,7 +50,7 @@ class WorldWatcherTest : public test::QtAppTest {
 
     test::TempDir dir;
     fs::path worldFile = dir / "world.json";
-    json worldText = json::parse(test::readFile(fixtures() / "laptopAndExternal.json"));
+    json worldText = json::parse(test::readFile(test::fixture("laptopAndExternal.json")));
     sim::World world = *sim::parseWorld(worldText.dump()).world;
     QtScheduler scheduler;
     sim::SimMachine machine{world, scheduler};

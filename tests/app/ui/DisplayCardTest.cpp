@@ -13,10 +13,7 @@ namespace {
 
 class DisplayCardTest : public UiScenario {
   protected:
-    void SetUp() override {
-        start("laptopAndExternal.json");
-        settle();
-    }
+    void SetUp() override { startOn(); }
 
     ui::DisplayCard& card(DisplayID id) {
         ui::DisplayCard* found = panel().card(id);
@@ -223,9 +220,7 @@ class DisplayCardWorldTest : public UiScenario {};
 TEST_F(DisplayCardWorldTest, SilentDdcMeansSoftwareAndNoDisconnectMeansNoSwitchOff) {
     sim::World world = fixtureWorld("brokenDdc.json");
     world.disconnect = false;
-    boot(std::move(world));
-    model->start();
-    settle(kSettle);
+    startOn(std::move(world));
     for (ui::DisplayCard* c : panel().cards())
         EXPECT_EQ(c->switchOffButton(), nullptr);
     ui::DisplayCard* silent = panel().card(2);  // DDC/CI switched off in its menu

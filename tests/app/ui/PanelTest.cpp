@@ -12,13 +12,7 @@
 namespace lumora::test {
 namespace {
 
-class PanelTest : public UiScenario {
-  protected:
-    void startDefault() {
-        start("laptopAndExternal.json");
-        settle();
-    }
-};
+class PanelTest : public UiScenario {};
 
 // The header below shows the other modes; these are the ones its world never reaches.
 TEST(LidText, ModeAndAngleWhenKnown) {
@@ -53,7 +47,7 @@ TEST_F(PanelTest, HeaderAndBuiltinCardFollowTheLid) {
 }
 
 TEST_F(PanelTest, SectionsFollowTheCardsInOrderAndScrollOnlyWhenTheyDoNotFit) {
-    startDefault();
+    startOn();
     QLayout* layout = panel().findChild<QWidget*>(QStringLiteral("sections"))->layout();
     ASSERT_EQ(layout->count(), 6);
     for (int i = 0; i < 3; ++i)
@@ -87,9 +81,7 @@ TEST_F(PanelTest, ManyDisplaysScrollWithinTheLimit) {
             mode.id += 100 * (i + 1);
         world.displays.push_back(more);
     }
-    boot(std::move(world));
-    model->start();
-    settle(kSettle);
+    startOn(std::move(world));
     ASSERT_EQ(panel().cards().size(), 11u);
     ASSERT_TRUE(panel().scrolling());
     EXPECT_EQ(panel().scrollArea()->height(), ui::MenuPanel::kMaxSectionsHeight);
@@ -105,8 +97,7 @@ TEST_F(PanelTest, ManyDisplaysScrollWithinTheLimit) {
 
 TEST_F(PanelTest, FooterOpensTheLogQuitsAndRefreshes) {
     // Hardware events do not reach the model here, so only the button can tell it.
-    start("laptopAndExternal.json", /*events=*/true);
-    settle();
+    startOn(fixtureWorld("laptopAndExternal.json"), /*events=*/true);
     panel().logButton()->click();
     EXPECT_EQ(opened, std::vector<QUrl>{QUrl::fromLocalFile(
                           QString::fromStdString((dir / "Lumora.log").string()))});
@@ -131,7 +122,7 @@ TEST_F(PanelTest, FooterOpensTheLogQuitsAndRefreshes) {
 }
 
 TEST_F(PanelTest, RendersTheDefaultWorldToPng) {
-    startDefault();
+    startOn();
     const char* keep = std::getenv("LUMORA_UI_SCREENSHOT");
     const std::filesystem::path file = keep ? std::filesystem::path(keep) : dir / "panel.png";
     panel().card(3)->colorToggle()->click();

@@ -21,10 +21,7 @@ namespace {
 
 class SettingsTest : public UiScenario {
   protected:
-    void SetUp() override {
-        start("laptopAndExternal.json");
-        settle();
-    }
+    void SetUp() override { startOn(); }
 
     ui::KeysSection& keys() { return *panel().keysSection(); }
     ui::LidSection& lid() { return *panel().lidSection(); }
@@ -173,9 +170,7 @@ class WorldWithoutTest : public UiScenario {
     void bootWithout(bool sim::World::*capability) {
         sim::World world = fixtureWorld("laptopAndExternal.json");
         world.*capability = false;
-        boot(std::move(world));
-        model->start();
-        settle(kSettle);
+        startOn(std::move(world));
     }
 };
 

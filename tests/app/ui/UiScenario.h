@@ -76,6 +76,14 @@ class UiScenario : public ModelScenario {
         return *panel_;
     }
 
+    // The model started on `world` (the default laptop and two monitors when none is given),
+    // and the panel caught up with it.
+    void startOn(sim::World world = fixtureWorld("laptopAndExternal.json"), bool events = false) {
+        boot(std::move(world), events);
+        model->start();
+        settle(kSettle);
+    }
+
     // Virtual time passes, then the panel catches up with the model.
     void settle(double seconds = 0) {
         if (seconds > 0) clock.advance(seconds);

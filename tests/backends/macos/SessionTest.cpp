@@ -1,4 +1,4 @@
-// The power tool runs and the login-item facts, on a stand-in for the power tool.
+// The power tool runs, on a stand-in for the power tool.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,7 +9,6 @@
 #include <sstream>
 #include <thread>
 
-#include "decode/LoginItemState.h"
 #include "decode/PowerTool.h"
 
 namespace lumora::mac {
@@ -97,14 +96,6 @@ TEST(PowerTool, MissingToolIsReportedInOneLine) {
     EXPECT_EQ(system.error, displays.error);
     // A failed display-sleep run holds nothing back.
     EXPECT_FALSE(power.sleepDisplays().started);
-}
-
-TEST(LoginItem, LaunchAgentFileAndStatus) {
-    EXPECT_EQ(launchAgentFile("/Users/ann", "org.lumora.Lumora"),
-              fs::path("/Users/ann/Library/LaunchAgents/org.lumora.Lumora.plist"));
-    // Only "enabled" counts; 2 still waits for the user's approval.
-    for (int status : {-1, 0, 1, 2, 3})
-        EXPECT_EQ(loginItemOn(status), status == 1) << status;
 }
 
 }  // namespace

@@ -109,8 +109,6 @@ TEST(Discovery, OverTheSimulatedMonitorsEachFailsAsItsFirmwareSays) {
     sim::SimMachine machine(*world, scheduler);
     auto found = discover(machine);
     ASSERT_EQ(found.size(), 3u);
-    // Three failed EDID reads for the nameless monitor, two for the flaky one, 10 ms apart.
-    EXPECT_NEAR(scheduler.uptime(), 1000.050, 1e-9);
     EXPECT_EQ(found.at(2)->edidSerial(), 201u);
     EXPECT_EQ(found.at(2)->read(0x10), std::nullopt) << "DDC/CI switched off in its menu";
     EXPECT_EQ(found.at(3)->edidVendor(), 0u) << "paired in the second pass";

@@ -1,7 +1,4 @@
-// The lid machine, driven by recorded samples: the debounced state, the first decision at
-// start-up, every change of mode with its panel duties, the closed-alone duties (re-sleeping a
-// woken display with a throttled log, the timed system sleep and its re-arm), didWake and the
-// configuration switches.
+// The lid machine, driven by recorded samples: every step's actions are checked exactly.
 #include <gtest/gtest.h>
 
 #include <algorithm>

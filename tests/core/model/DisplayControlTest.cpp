@@ -12,19 +12,6 @@ using Shown = std::vector<SimOsd::Shown>;
 
 class DisplayControl : public ModelScenario {
   protected:
-    // (display, value) of each DDC write of `vcp` on the wire; every write goes out twice.
-    std::vector<std::pair<DisplayID, int>> brightnessWrites(std::uint8_t vcp = 0x10) {
-        std::vector<std::pair<DisplayID, int>> transmissions;
-        for (const auto& e : machine->wire()) {
-            if (e.kind != sim::WireEvent::Kind::write || e.bytes.size() != 6) continue;
-            if (e.bytes[1] != 0x03 || e.bytes[2] != vcp) continue;
-            transmissions.emplace_back(e.display, e.bytes[3] << 8 | e.bytes[4]);
-        }
-        std::vector<std::pair<DisplayID, int>> out;
-        for (std::size_t i = 0; i < transmissions.size(); i += 2)
-            out.push_back(transmissions[i]);
-        return out;
-    }
     void pointAt(DisplayID id) {
         const Rect r = machine->displayServer().bounds(id);
         machine->setPointer({r.origin.x + r.size.width / 2, r.origin.y + r.size.height / 2});
@@ -59,8 +46,7 @@ TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
         }
         clock.advance(0.085);
     }
-    EXPECT_EQ(brightnessWrites(), (std::vector<std::pair<DisplayID, int>>{
-                                      {2, 33}, {2, 37}, {2, 40}, {2, 43}, {2, 46}, {2, 49}}));
+    EXPECT_EQ(ddcWrites(0x10), (DdcWrites{{2, 33}, {2, 37}, {2, 40}, {2, 43}, {2, 46}, {2, 49}}));
     EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 49);
 
     // An even drag never pauses for 80 ms: one write, when it ends.
@@ -70,7 +56,7 @@ TEST_F(DisplayControl, DraggedSliderWritesTheLastValueOfEachBurst) {
         clock.advance(0.025);
     }
     clock.advance(1.0);
-    EXPECT_EQ(brightnessWrites(), (std::vector<std::pair<DisplayID, int>>{{2, 79}}));
+    EXPECT_EQ(ddcWrites(0x10), (DdcWrites{{2, 79}}));
 }
 
 TEST_F(DisplayControl, EachDisplayAndControlHasItsOwnDebounce) {
@@ -83,8 +69,8 @@ TEST_F(DisplayControl, EachDisplayAndControlHasItsOwnDebounce) {
     clock.advance(0.02);
     model->brightness().set(2, 0.25);  // replaces only display 2's brightness write
     clock.advance(0.5);
-    EXPECT_EQ(brightnessWrites(), (std::vector<std::pair<DisplayID, int>>{{3, 30}, {2, 25}}));
-    EXPECT_EQ(brightnessWrites(0x12), (std::vector<std::pair<DisplayID, int>>{{2, 60}}));
+    EXPECT_EQ(ddcWrites(0x10), (DdcWrites{{3, 30}, {2, 25}}));
+    EXPECT_EQ(ddcWrites(0x12), (DdcWrites{{2, 60}}));
 }
 
 TEST_F(DisplayControl, StepsSnapToTheGridAndClampOnEveryPath) {

@@ -7,10 +7,12 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "ddc/DdcPacket.h"
 #include "model/AppModel.h"
 #include "platform/MemoryDefaults.h"
 #include "sim/SimMachine.h"
@@ -44,6 +46,8 @@ class EventServer final : public ForwardingDisplayServer {
   private:
     std::vector<ReconfigurationHandler> handlers_;
 };
+
+using DdcWrites = std::vector<std::pair<DisplayID, int>>;
 
 inline sim::World fixtureWorld(const std::string& name) {
     sim::WorldResult result = sim::loadWorldFile(fixture(name));
@@ -100,6 +104,19 @@ class ModelScenario : public ::testing::Test {
     // One display's entry of the status file, and of the simulated hardware's state.
     nlohmann::json statusOf(DisplayID id) { return withId(status()["displays"], id); }
     nlohmann::json stateOf(DisplayID id) { return withId(machine->state()["displays"], id); }
+    // (display, value) of each DDC write of `vcp` on the wire; every write goes out twice, so
+    // one entry per pair of transmissions.
+    DdcWrites ddcWrites(std::uint8_t vcp) {
+        DdcWrites out;
+        bool second = false;
+        for (const auto& e : machine->wire()) {
+            if (e.kind != sim::WireEvent::Kind::write || e.bytes.size() != 6) continue;
+            if (e.bytes[1] != kSetVcpOpcode || e.bytes[2] != vcp) continue;
+            if (!std::exchange(second, !second))
+                out.emplace_back(e.display, e.bytes[3] << 8 | e.bytes[4]);
+        }
+        return out;
+    }
     static nlohmann::json withId(const nlohmann::json& displays, DisplayID id) {
         for (const auto& d : displays)
             if (d["id"] == id) return d;

@@ -57,7 +57,6 @@ TEST(HingeSensor, FindsTheHingeAndRejectsJunk) {
         {"no scale: radians", {{"name", "hinge"}, {"in_angl_raw", "2"}}, true, 115},
         {"junk raw", hinge("abc"), true, std::nullopt},
         {"trailing junk", hinge("110x"), true, std::nullopt},
-        {"empty raw", hinge(""), true, std::nullopt},
         {"raw out of range", hinge("99999999999999999999999"), true, std::nullopt},
         {"scale not a number", hinge("110", "nan"), true, std::nullopt},
         {"more than a turn", hinge("1000"), true, std::nullopt},

@@ -98,6 +98,8 @@ TEST_F(X11InputTest, HotKeysFireOncePerPressWhateverTheLockKeys) {
     EXPECT_EQ(press({"super+ctrl+alt+Up", "ctrl+alt+b"}, 1), std::vector<std::uint32_t>{8});
 }
 
+// One key of each kind the map handles (letters, function, editing and navigation keys,
+// digits, punctuation, a key X names differently, the keypad), not the whole table again.
 TEST_F(X11InputTest, MapsTheCanonicalKeyCodesAndModifiers) {
     const struct {
         std::uint32_t keyCode;
@@ -110,20 +112,11 @@ TEST_F(X11InputTest, MapsTheCanonicalKeyCodesAndModifiers) {
         {49, kCommand, "super+space"},
         {36, kOption, "alt+Return"},
         {53, kControl | kOption, "ctrl+alt+Escape"},
-        {51, kControl, "ctrl+BackSpace"},
         {117, kControl, "ctrl+Delete"},
         {116, kControl, "ctrl+Prior"},
-        {121, kControl, "ctrl+Next"},
-        {115, kControl, "ctrl+Home"},
-        {119, kControl, "ctrl+End"},
         {123, kControl | kCommand, "ctrl+super+Left"},
-        {125, kControl | kCommand, "ctrl+super+Down"},
         {18, kControl, "ctrl+1"},
-        {29, kControl, "ctrl+0"},
         {24, kControl, "ctrl+equal"},
-        {27, kControl, "ctrl+minus"},
-        {50, kControl, "ctrl+grave"},
-        {44, kControl, "ctrl+slash"},
         {42, kControl, "ctrl+backslash"},
         {105, kControl, "ctrl+XF86Tools"},  // F13 on a Linux keymap
         {83, kControl, "ctrl+KP_1"},

@@ -18,36 +18,28 @@ Witness::~Witness() {
     if (display_) XCloseDisplay(display_);
 }
 
-unsigned long Witness::outputId(const std::string& name) {
+// The output's id and its CRTC's; zeros when there is no such output.
+std::pair<unsigned long, unsigned long> Witness::find(const std::string& output) {
     XRRScreenResources* res = XRRGetScreenResourcesCurrent(display_, DefaultRootWindow(display_));
-    unsigned long found = 0;
-    for (int i = 0; i < res->noutput && !found; ++i) {
+    std::pair<unsigned long, unsigned long> found{0, 0};
+    for (int i = 0; i < res->noutput && !found.first; ++i) {
         XRROutputInfo* info = XRRGetOutputInfo(display_, res, res->outputs[i]);
-        if (name == info->name) found = res->outputs[i];
+        if (output == info->name) found = {res->outputs[i], info->crtc};
         XRRFreeOutputInfo(info);
     }
     XRRFreeScreenResources(res);
     return found;
 }
 
-unsigned long Witness::crtcOf(const std::string& output) {
-    XRRScreenResources* res = XRRGetScreenResourcesCurrent(display_, DefaultRootWindow(display_));
-    XRROutputInfo* info = XRRGetOutputInfo(display_, res, outputId(output));
-    const unsigned long crtc = info ? info->crtc : 0;
-    if (info) XRRFreeOutputInfo(info);
-    XRRFreeScreenResources(res);
-    return crtc;
-}
-
 void Witness::setEdid(const std::string& output, const std::vector<std::uint8_t>& edid) {
     const Atom atom = XInternAtom(display_, "EDID", False);
-    XRRChangeOutputProperty(display_, outputId(output), atom, XA_INTEGER, 8, PropModeReplace,
+    XRRChangeOutputProperty(display_, find(output).first, atom, XA_INTEGER, 8, PropModeReplace,
                             edid.data(), static_cast<int>(edid.size()));
     XSync(display_, False);
 }
 
 Witness::Ramps Witness::gamma(const std::string& output) {
-    XRRCrtcGamma* g = XRRGetCrtcGamma(display_, crtcOf(output));
+    XRRCrtcGamma* g = XRRGetCrtcGamma(display_, find(output).second);
     Ramps r;
     if (!g) return r;
     const auto n = static_cast<std::size_t>(g->size);
@@ -63,7 +55,7 @@ void Witness::setGamma(const std::string& output, const Ramps& ramps) {
     std::copy(ramps.red.begin(), ramps.red.end(), g->red);
     std::copy(ramps.green.begin(), ramps.green.end(), g->green);
     std::copy(ramps.blue.begin(), ramps.blue.end(), g->blue);
-    XRRSetCrtcGamma(display_, crtcOf(output), g);
+    XRRSetCrtcGamma(display_, find(output).second, g);
     XRRFreeGamma(g);
     XSync(display_, False);
 }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lumora::lx::test {
@@ -40,8 +41,7 @@ class Witness {
     [[nodiscard]] std::vector<unsigned int> pressesReceived();
 
   private:
-    unsigned long outputId(const std::string& name);
-    unsigned long crtcOf(const std::string& output);
+    std::pair<unsigned long, unsigned long> find(const std::string& output);
 
     Display* display_ = nullptr;
     unsigned long window_ = 0;

@@ -60,28 +60,20 @@ class ChildProcess {
   public:
     ChildProcess(std::vector<std::string> argv, const std::vector<std::string>& env,
                  const std::filesystem::path& log) {
-        argv.insert(argv.begin(), {"setpriv", "--pdeathsig", "KILL"});
-        std::vector<std::string> environment, dropped;
+        // env(1) takes its options before the assignments.
+        std::vector<std::string> prefix = {"setpriv", "--pdeathsig", "KILL", "env"}, set;
         for (const auto& e : env) {
-            if (e.starts_with('-')) {
-                dropped.push_back(e.substr(1) + "=");
-            } else {
-                environment.push_back(e);
-            }
+            if (e.starts_with('-'))
+                prefix.insert(prefix.end(), {"-u", e.substr(1)});
+            else
+                set.push_back(e);
         }
-        for (char** e = environ; *e; ++e) {
-            const std::string entry(*e);
-            if (std::none_of(dropped.begin(), dropped.end(),
-                             [&](const auto& d) { return entry.starts_with(d); }))
-                environment.push_back(entry);  // later duplicates lose: ours come first
-        }
-        std::vector<char*> args, envp;
+        prefix.insert(prefix.end(), set.begin(), set.end());
+        argv.insert(argv.begin(), prefix.begin(), prefix.end());
+        std::vector<char*> args;
         for (auto& a : argv)
             args.push_back(a.data());
         args.push_back(nullptr);
-        for (auto& e : environment)
-            envp.push_back(e.data());
-        envp.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, log.c_str(),
@@ -90,7 +82,7 @@ class ChildProcess {
         posix_spawnattr_t attr;
         posix_spawnattr_init(&attr);
         posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-        if (posix_spawnp(&pid_, args[0], &actions, &attr, args.data(), envp.data()) != 0) pid_ = -1;
+        if (posix_spawnp(&pid_, args[0], &actions, &attr, args.data(), environ) != 0) pid_ = -1;
         posix_spawn_file_actions_destroy(&actions);
         posix_spawnattr_destroy(&attr);
     }
