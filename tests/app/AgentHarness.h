@@ -234,8 +234,8 @@ inline Finished runToEnd(const Home& home, const std::vector<std::string>& argum
     return {status, process.output(), errorsApart ? process.error() : ""};
 }
 
-// The agent on the built-in simulated machine (or `world`), headless, in `home`, with its
-// hardware state in home/sim-state.json; started() once it answers on its socket.
+// The agent on the built-in simulated machine (or --simulate=WORLD in `extra`), headless, in
+// `home`, with its hardware state in home/sim-state.json; ready() once it answers.
 class Agent {
   public:
     explicit Agent(const Home& home, std::vector<std::string> extra = {},
@@ -262,12 +262,8 @@ class Agent {
 
   private:
     static std::vector<std::string> arguments(const Home& home, std::vector<std::string> extra) {
-        std::vector<std::string> out{"--headless",
+        std::vector<std::string> out{"--simulate", "--headless",
                                      "--sim-state=" + (home / "sim-state.json").string()};
-        bool world = false;
-        for (const auto& a : extra)
-            world = world || a.rfind("--simulate", 0) == 0;
-        if (!world) out.insert(out.begin(), "--simulate");
         out.insert(out.end(), extra.begin(), extra.end());
         return out;
     }

@@ -1,5 +1,5 @@
-// The agent's life from outside: the first launch's login item, the clean-up on a termination
-// signal, and the next start in the same home by a command.
+// The agent's life from outside: the first launch's login item, a wake, the clean-up on a
+// termination signal, and the next start in the same home by a command.
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -14,19 +14,45 @@ std::optional<nlohmann::json> loginItemAsked(const Home& home) {
     return app::SettingsDefaults(home.settingsFile()).object("loginItemAsked");
 }
 
-TEST(ShutdownBlackBox, SignalUndoesDimDisconnectAndVirtualScreensAndACommandStartsTheNextAgent) {
+// The wake is driven through the world file, as a user of the simulator would: the monitor
+// forgets and ignores DDC/CI for 3 s, and the wake resets every gamma table.
+TEST(ShutdownBlackBox, AWakeRestoresBrightnessAndDimASignalUndoesAllACommandStartsTheNextAgent) {
     Home home;
+    nlohmann::json world = nlohmann::json::parse(readFile(fixture("laptopAndExternal.json")));
+    world["gammaResetOnWake"] = true;
+    world["displays"][1]["ddc"]["forgetsOnWake"] = true;
+    world["displays"][1]["ddc"]["wakeDeafSeconds"] = 3;
+    const std::filesystem::path worldFile = home / "world.json";
+    writeFile(worldFile, world.dump());
     {
-        Agent agent(home);
+        Agent agent(home, {"--simulate=" + worldFile.string()});
         ASSERT_TRUE(agent.ready()) << agent.process().output();
+        ASSERT_TRUE(agent.ddcScanned()) << readFile(home.logFile());
+        ASSERT_TRUE(agent.send("lumora://brightness?display=2&value=70"));
         ASSERT_TRUE(agent.send("lumora://dim?display=2&value=0.4"));
         ASSERT_TRUE(agent.send("lumora://disconnect?display=projector"));
         ASSERT_TRUE(agent.send("lumora://virtual?width=1920&height=1080&name=Demo"));
+        const auto shows = [&] {  // display 2 at 70 over DDC/CI and dimmed in software
+            auto state = agent.state();
+            return state && displayWithId(*state, 2)["vcp"].value("0x10", -1) == 70 &&
+                   displayWithId(*state, 2)["gamma"]["red"] == nlohmann::json({0.0, 0.201, 0.4});
+        };
+        ASSERT_TRUE(eventually(shows)) << readFile(agent.stateFile());
         auto before = agent.state();
         ASSERT_TRUE(before) << readFile(agent.stateFile());
-        EXPECT_EQ(displayWithId(*before, 2)["gamma"]["red"], nlohmann::json({0.0, 0.201, 0.4}));
         EXPECT_EQ(displayWithId(*before, 3)["enabled"], false);
         EXPECT_EQ((*before)["virtualDisplays"].size(), 1u);
+
+        world["wakes"] = 1;
+        writeFile(worldFile, world.dump());
+        EXPECT_TRUE(eventually([&] {
+            return contains(readFile(home.logFile()),
+                            "display 2: restored brightness 70 after wake");
+        })) << readFile(home.logFile());
+        EXPECT_TRUE(shows()) << readFile(agent.stateFile());
+        auto status = readJson(home.statusFile());
+        ASSERT_TRUE(status);
+        EXPECT_EQ((*status)["restoreAfterWake"], true);
 
         agent.process().signal(SIGTERM);
         EXPECT_EQ(agent.process().waitExit(), 0) << agent.process().output();

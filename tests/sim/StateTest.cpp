@@ -67,14 +67,10 @@ TEST(State, DefaultWorldAndAChangeThroughEachPort) {
     EXPECT_EQ(bench.machine.state(), expected);
     EXPECT_EQ(written(), expected);
 
-    bench.machine.setOnline(3, false);
-    EXPECT_EQ(written()["displays"][2]["online"], false);
     bench.machine.backlight().set(1, 0.015625f);
     EXPECT_EQ(written()["displays"][0]["backlight"], 0.015625);
     bench.machine.displayServer().resetGamma(1);
     EXPECT_EQ(written()["displays"][0]["gamma"], "identity");
-    bench.machine.power().sleepDisplays();
-    EXPECT_EQ(written()["power"]["displaySleeps"], 1);
 }
 
 TEST(State, GammaIsTakenOnlyByAnOnlineDisplayAndOnlyInItsSize) {

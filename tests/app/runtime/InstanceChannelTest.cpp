@@ -155,7 +155,6 @@ TEST_F(InstanceChannelTest, RequestsAreLinesAndTheOutcomeAndStatusFileTravelBack
         CommandResult result;
         std::optional<std::string> status;
     } cases[] = {
-        {"lumora://ok", true, CommandResult::done(), status},
         {"lumora://ok", false, CommandResult::done(), std::nullopt},
         {"lumora://tv", true, CommandResult::nothing("display not found: t\\nv\\x01"), status},
         {"lumora://gone", true, CommandResult::nothing("the command did nothing"), std::nullopt},

@@ -32,10 +32,9 @@ TEST_F(ConfigureTest, SetModeLogsTheLabelWithTheOutcome) {
 
 TEST_F(ConfigureTest, ModesNotOfferedAndTransactionsThatCannotBeginFailSilently) {
     startFixture();
-    EXPECT_FALSE(displays->setMode(2, DisplayMode{99, 2560, 1440, 2560, 1440, 60}));
-    EXPECT_FALSE(displays->setMode(
-        2, (DisplayMode{23, 3840, 2160, 3840, 2160, 30})));  // listed by the server, but not usable
-    EXPECT_FALSE(displays->setMode(9, k1080));               // another display's mode
+    // Listed by the server but not usable; another display's mode.
+    EXPECT_FALSE(displays->setMode(2, DisplayMode{23, 3840, 2160, 3840, 2160, 30}));
+    EXPECT_FALSE(displays->setMode(9, k1080));
     EXPECT_TRUE(server->calls.empty());
 
     server->failBegin = true;

@@ -15,10 +15,6 @@ using R = sim::SimInput::Registration;
 using Strings = std::vector<std::string>;
 
 constexpr std::uint32_t kCtrlOptCmd = 0x1900;
-const std::vector<R> kAllDefaults = {{kKeyUpArrow, kCtrlOptCmd, 1},
-                                     {kKeyDownArrow, kCtrlOptCmd, 2},
-                                     {kKeyB, kCtrlOptCmd, 3},
-                                     {kKeyH, kCtrlOptCmd, 4}};
 
 class HotkeysTest : public ::testing::Test, protected test::TestLog {
   protected:
@@ -55,9 +51,11 @@ TEST_F(HotkeysTest, IdsCountFromOneInMapOrderAndARefusalUsesItsNumberUp) {
 
 TEST_F(HotkeysTest, RegisteringAgainReleasesTheOldRegistrationsFirst) {
     hotkeys->registerShortcuts(defaultShortcuts());
+    const auto first = input.registrations();
+    ASSERT_EQ(first.size(), 4u);
     hotkeys->registerShortcuts(defaultShortcuts());
     // Were the old ones kept, the system would refuse every combination the second time.
-    EXPECT_EQ(input.registrations(), kAllDefaults);
+    EXPECT_EQ(input.registrations(), first);
     EXPECT_EQ(logged(), Strings{});
 
     hotkeys->registerShortcuts({});

@@ -34,8 +34,8 @@ TEST(ShortcutLabel, NamedKeysReplaceWhatTheSystemTypesAndOtherTextIsUpperCased) 
     for (const auto& [code, label] : named)
         EXPECT_EQ(from(code, {M::control}, "\uF70A")->label, label) << code;
     const std::pair<const char*, const char*> typed[] = {
-        {"z", "Z"}, {"1", "1"}, {"и", "И"}, {"ё", "Ё"},     {"é", "É"},
-        {"ß", "ß"}, {"÷", "÷"}, {"", ""},   {"ab😀", "AB😀"}, {"\xFFz", "\xFFZ"}};
+        {"z", "Z"}, {"и", "И"}, {"é", "É"},     {"ß", "ß"},
+        {"÷", "÷"}, {"", ""},   {"ab😀", "AB😀"}, {"\xFFz", "\xFFZ"}};
     for (const auto& [text, shown] : typed)
         EXPECT_EQ(from(kKeyA, {M::control}, text)->label, std::string("⌃") + shown) << text;
 }
@@ -58,7 +58,6 @@ TEST(Recording, EscapeCancelsDeleteClearsPlainKeysWaitCombinationsRecord) {
     EXPECT_EQ(key(kKeyEscape, {M::control}, "\x1B"), (RecordResult{O::cancel, std::nullopt}));
     EXPECT_EQ(key(kKeyDelete, {M::command}, "\x7F"), (RecordResult{O::clear, std::nullopt}));
     EXPECT_EQ(key(kKeyB, {}, "b"), (RecordResult{O::keepRecording, std::nullopt}));
-    EXPECT_EQ(key(kKeyB, {M::capsLock}, "b"), (RecordResult{O::keepRecording, std::nullopt}));
     EXPECT_EQ(key(kKeyB, {M::control, M::option, M::command}, "b"),
               (RecordResult{O::recorded, Shortcut{kKeyB, 0x1900, "⌃⌥⌘B"}}));
 }

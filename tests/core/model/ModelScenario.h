@@ -78,10 +78,13 @@ class ModelScenario : public ::testing::Test {
         model = AppModel::create(
             AppPorts{*used, clock, machine->osd(), session, defaults, *displays, log});
     }
-    void start(const std::string& fixtureName, bool events = false) {
-        boot(fixtureWorld(fixtureName), events);
+    void start(sim::World world, bool events = false) {
+        boot(std::move(world), events);
         model->start();
         clock.advance(kSettle);
+    }
+    void start(const std::string& fixtureName, bool events = false) {
+        start(fixtureWorld(fixtureName), events);
     }
 
     // The messages written so far, without their time stamps.

@@ -8,8 +8,6 @@
 namespace lumora::test {
 namespace {
 
-constexpr std::uint8_t kSetVcp = 0x03;
-
 class Restore : public ModelScenario {
   protected:
     // The monitors of `fixtureName` forget on wake and ignore DDC/CI for 3 s after it; the
@@ -22,19 +20,9 @@ class Restore : public ModelScenario {
             display.ddc->forgetsOnWake = true;
             display.ddc->wakeDeafSeconds = 3;
         }
-        boot(std::move(world));
-        model->start();
-        clock.advance(kSettle);
+        start(std::move(world));
     }
     int vcp(DisplayID id, const char* code) { return stateOf(id)["vcp"].value(code, -1); }
-    int setVcpWrites(DisplayID id) {
-        int count = 0;
-        for (const auto& event : machine->wire()) {
-            count += event.display == id && event.kind == sim::WireEvent::Kind::write &&
-                     event.bytes.size() > 1 && event.bytes[1] == kSetVcp;
-        }
-        return count;
-    }
 };
 
 TEST_F(Restore, AForgetfulMonitorGetsBackWhatTheUserSetOnceItListensAgain) {
@@ -64,7 +52,8 @@ TEST_F(Restore, AForgetfulMonitorGetsBackWhatTheUserSetOnceItListensAgain) {
     EXPECT_DOUBLE_EQ(model->ddc().value(2, VCP::brightness).value_or(-1), 0.7);
     EXPECT_TRUE(model->ddcAvailable()->contains(2));
     // The twin the user never touched went back to its own values and was left alone.
-    EXPECT_EQ(setVcpWrites(3), 0);
+    for (const auto& e : machine->wire())
+        EXPECT_FALSE(e.display == 3 && e.bytes.size() > 1 && e.bytes[1] == kSetVcpOpcode);
     EXPECT_EQ(vcp(3, "0x10"), 60);
 }
 
@@ -119,9 +108,7 @@ TEST_F(Restore, AMonitorThatNeverListensIsGivenUpAfterTheLastRetry) {
     sim::World world = fixtureWorld("twinMonitors.json");
     world.displays[0].ddc->wakeDeafSeconds = 60;
     world.displays[0].ddc->forgetsOnWake = true;
-    boot(std::move(world));  // the same defaults: the value was remembered across the restart
-    model->start();
-    clock.advance(kSettle);
+    start(std::move(world));  // the same defaults: the value was remembered across the restart
     machine->simulateWake();
     clock.advance(9.9);
     EXPECT_FALSE(wasLogged("display 2: could not restore brightness 70 after wake"));
@@ -132,7 +119,6 @@ TEST_F(Restore, AMonitorThatNeverListensIsGivenUpAfterTheLastRetry) {
 TEST(DdcMemory, StoredValuesThatDoNotFitAreDroppedWithoutLosingTheRest) {
     const std::vector<std::pair<std::string, DdcMemory::Controls>> cases = {
         {R"("not an object")", {}},
-        {R"([1, 2])", {}},
         {R"({"k": 5})", {}},
         {R"({"k": {"0x10": 70, "0x12": "high", "0x60": 3, "16": 9, "0x62": 70000}})", {{0x10, 70}}},
         {R"({"k": {"0x62": 30}, "other": {"0x10": 1}})", {{0x62, 30}}},

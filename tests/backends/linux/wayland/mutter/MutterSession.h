@@ -21,7 +21,6 @@ inline QCoreApplication& qtApplication() {
     return app;
 }
 
-// Runs the Qt event loop until the condition holds.
 inline bool processEventsUntil(const std::function<bool()>& condition, double seconds = 5.0) {
     qtApplication();
     return waitFor(
@@ -86,7 +85,6 @@ class MutterSession {
     [[nodiscard]] const std::string& address() const { return bus_.address(); }
     [[nodiscard]] std::filesystem::path runtimeDir() const { return bus_.dir(); }
 
-    // A connection of the test's own to the private bus.
     QDBusConnection connect(const QString& name) const {
         qtApplication();
         return QDBusConnection::connectToBus(QString::fromStdString(address()), name);

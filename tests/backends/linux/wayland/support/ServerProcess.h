@@ -142,7 +142,6 @@ struct CommandResult {
     std::string output;  // standard output
 };
 
-// Runs a shell command and waits for it.
 inline CommandResult runCommand(const std::string& command) {
     CommandResult result;
     FILE* pipe = popen(command.c_str(), "r");

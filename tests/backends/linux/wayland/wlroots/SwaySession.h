@@ -39,7 +39,7 @@ class SwaySession {
                                      "WLR_BACKENDS=headless", "WLR_RENDERER=pixman",
                                      "WLR_LIBINPUT_NO_DEVICES=1", "-WAYLAND_DISPLAY", "-SWAYSOCK"},
             dir / "sway.log");
-        const bool up = waitFor([this] { return findSockets(); }, kStartSeconds);
+        const bool up = waitFor([this] { return findSockets(); }, PrivateBus::kStartSeconds);
         if (!up) problem_ = "sway did not start; see its log in " + dir.string();
     }
 
@@ -64,7 +64,6 @@ class SwaySession {
 
   private:
     static constexpr uid_t kNobody = 65534;
-    static constexpr double kStartSeconds = 10.0;
 
     bool findSockets() {
         for (const auto& entry : std::filesystem::directory_iterator(dir_.path())) {
