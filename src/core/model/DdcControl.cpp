@@ -116,6 +116,9 @@ void DdcControl::publish(Services services, Values values, const std::vector<Dis
         }
     }
     services_ = std::move(services);
+    keys_.clear();
+    for (const auto& [id, service] : services_)
+        keys_.emplace(id, deps_.server.persistentKey(id));
     std::set<DisplayID> answering;
     for (const auto& [id, codes] : values) {
         if (!codes.empty()) answering.insert(id);
@@ -154,8 +157,7 @@ void DdcControl::set(DisplayID display, VCP vcp, double value, std::uint16_t max
     check(raw >= 0 && raw <= std::numeric_limits<std::uint16_t>::max(),
           "DDC value outside 0...1 (callers clamp)");
     if (DdcMemory::kept(byte))
-        memory_.remember(deps_.server.persistentKey(display), byte,
-                         static_cast<std::uint16_t>(raw));
+        memory_.remember(keys_.at(display), byte, static_cast<std::uint16_t>(raw));
     auto write = [weak = weak_from_this(), &main = deps_.scheduler.mainQueue(),
                   channel = service->second, byte, raw = static_cast<std::uint16_t>(raw)] {
         channel->write(byte, raw);
@@ -171,7 +173,7 @@ void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
     if (service == services_.end()) return;
     const std::uint8_t byte = code(vcp);
     queue_->post([channel = service->second, byte, raw] { channel->write(byte, raw); });
-    if (DdcMemory::kept(byte)) memory_.remember(deps_.server.persistentKey(display), byte, raw);
+    if (DdcMemory::kept(byte)) memory_.remember(keys_.at(display), byte, raw);
     memory_.save();
     deps_.log.write("DDC display " + std::to_string(display) + ": VCP " + hexCode(byte) + " = " +
                     std::to_string(raw));

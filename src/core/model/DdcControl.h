@@ -134,6 +134,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     Published<Values> values_;
     Published<std::set<DisplayID>> available_;
     Services services_;
+    // Each channel's persistent key, read once when the channels are published: a slider step
+    // must not ask the display server (a round trip on some servers).
+    std::map<DisplayID, std::string> keys_;
     std::shared_ptr<WorkQueue> queue_;
     // At most one debounced write per display and control.
     std::map<std::pair<DisplayID, std::uint8_t>, TaskHandle> pending_;

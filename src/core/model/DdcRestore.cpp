@@ -46,7 +46,7 @@ void DdcControl::didWake() {
 
 void DdcControl::startRestore(DisplayID display, RestoreCause cause) {
     if (!restoring_ || !services_.contains(display)) return;
-    std::string key = deps_.server.persistentKey(display);
+    std::string key = keys_.at(display);
     if (memory_.controls(key).empty()) return;  // never set by the user: left alone
     cancelRestore(display);
     Restore job;
