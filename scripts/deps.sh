@@ -11,6 +11,8 @@ packages=(
   xvfb xauth fonts-dejavu-core xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
   xdotool dbus-daemon python3-dbusmock python3-dbus mutter libglib2.0-bin sway util-linux
   zsh groff-base locales
+  # the packaging test: both packages built and checked as a distribution would
+  lintian appstream desktop-file-utils rpm
   # the macOS type check and the libc++ build of the core
   libc++-dev libc++abi-dev libc6-dev-arm64-cross
 )
