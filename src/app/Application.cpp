@@ -49,8 +49,8 @@ void scanDdcAndWait(AppModel& model) {
 
 std::unique_ptr<Defaults> makeDefaults(const AppPaths& paths) {
 #if defined(__APPLE__)
-    (void)paths;
-    return SettingsDefaults::userDefaults();
+    if (paths.settingsFile.empty()) return SettingsDefaults::userDefaults();
+    return std::make_unique<SettingsDefaults>(paths.settingsFile);
 #else
     return std::make_unique<SettingsDefaults>(paths.settingsFile);
 #endif
@@ -82,8 +82,15 @@ Application::Application(CommandLine cli, FrontEnd frontEnd)
     if (platform_ && offscreenFallback) {
         log_->write("the display server cannot be reached; running headless");
     }
+#if defined(__APPLE__)
+    if (platform_ && cli_.headless) {
+        log_->write(
+            "headless: no shortcuts and no lumora:// links opened by other applications; "
+            "`lumora COMMAND` still reaches the agent");
+    }
+#endif
     session_ = std::make_unique<QtSession>(
-        paths_, QtSession::Launch{QtSession::runningBinary(), cli_.headless});
+        paths_, QtSession::Launch{QtSession::runningBinary(), cli_.headless}, log_.get());
 }
 
 Application::~Application() {

@@ -28,7 +28,8 @@ PlatformChoice choosePlatform(const CommandLine& cli, Scheduler& scheduler, Log&
 #elif defined(LUMORA_HAVE_MACOS_BACKEND)
     (void)scheduler;
     (void)log;
-    return {mac::makeMacPlatform(), {}};
+    // Headless, there is no application event loop: no hot keys, no opened URLs.
+    return {mac::makeMacPlatform(!cli.headless), {}};
 #else
     (void)scheduler;
     (void)log;

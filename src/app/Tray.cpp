@@ -50,7 +50,13 @@ std::unique_ptr<TrayIcon> TrayIcon::create(ui::UiContext context) {
 TrayIcon::TrayIcon(ui::UiContext context)
     : context_(std::move(context)), icon_(std::make_unique<QSystemTrayIcon>()) {
     // Tray hosts show light and dark panels; a mid grey reads on both.
-    icon_->setIcon(ui::symbolIcon(QString::fromUtf8(kTraySymbol), QColor(Qt::gray)));
+    QIcon icon = ui::symbolIcon(QString::fromUtf8(kTraySymbol), QColor(Qt::gray));
+#if defined(__APPLE__)
+    // A template image: the menu bar draws it in its own colour, light or dark, and inverted
+    // while the panel is open.
+    icon.setIsMask(true);
+#endif
+    icon_->setIcon(icon);
     icon_->setToolTip(QString::fromUtf8(kToolTip));
     QObject::connect(
         icon_.get(), &QSystemTrayIcon::activated, icon_.get(),

@@ -84,12 +84,32 @@ class Home {
                       {"XDG_STATE_HOME", (dir_ / "state").string()},
                       {"XDG_DATA_HOME", (dir_ / "data").string()},
                       {"XDG_CACHE_HOME", (dir_ / "cache").string()},
-                      {"XDG_RUNTIME_DIR", (dir_ / "run").string()}};
+                      {"XDG_RUNTIME_DIR", (dir_ / "run").string()},
+                      // macOS puts the agent's socket in the per-user temporary folder.
+                      {"TMPDIR", (dir_ / "run").string()}};
     }
 
     [[nodiscard]] std::filesystem::path operator/(const std::string& name) const {
         return dir_ / name;
     }
+#if defined(__APPLE__)
+    [[nodiscard]] std::filesystem::path statusFile() const {
+        return library() / "Application Support" / "Lumora" / "status.json";
+    }
+    [[nodiscard]] std::filesystem::path logFile() const {
+        return library() / "Logs" / "Lumora.log";
+    }
+    // A home of its own keeps the settings in a file, away from the runner's real defaults.
+    [[nodiscard]] std::filesystem::path settingsFile() const {
+        return library() / "Application Support" / "Lumora" / "Lumora.conf";
+    }
+    [[nodiscard]] std::filesystem::path autostartFile() const {
+        return library() / "LaunchAgents" / "org.lumora.Lumora.plist";
+    }
+    [[nodiscard]] std::string socket() const {
+        return (dir_ / "run" / ("lumora-" + std::to_string(::getuid()))).string();
+    }
+#else
     [[nodiscard]] std::filesystem::path statusFile() const {
         return dir_ / "state" / "lumora" / "status.json";
     }
@@ -102,10 +122,15 @@ class Home {
     [[nodiscard]] std::filesystem::path autostartFile() const {
         return dir_ / "config" / "autostart" / "lumora.desktop";
     }
-    [[nodiscard]] std::string socket() const { return (dir_ / "run" / "lumora.socket").string(); }
+    [[nodiscard]] std::string socket() const {
+        return (dir_ / "run" / "lumora.socket").string();
+    }
+#endif
 
     // The agent of this home answers on its socket.
-    [[nodiscard]] bool agentAnswers() const { return app::InstanceChannel::ping(socket()); }
+    [[nodiscard]] bool agentAnswers() const {
+        return app::InstanceChannel::ping(socket());
+    }
 
     // This process's environment without any display server, with this home; `extra` on top.
     [[nodiscard]] std::vector<std::string> environment(
@@ -131,6 +156,12 @@ class Home {
     }
 
   private:
+#if defined(__APPLE__)
+    [[nodiscard]] std::filesystem::path library() const {
+        return dir_ / "Library";
+    }
+#endif
+
     TempDir dir_;
     std::map<std::string, std::string> variables_;
 };

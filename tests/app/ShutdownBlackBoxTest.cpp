@@ -72,11 +72,14 @@ TEST(ShutdownBlackBox, AWakeRestoresBrightnessAndDimASignalUndoesAllACommandStar
     EXPECT_NE(log.find("display 3: connected (0)", quit), std::string::npos) << log;
     EXPECT_FALSE(std::filesystem::exists(home.socket()));
 
-    // The first launch registered the login item, once.
+    // The first launch registered the login item, once (on macOS with the system's service,
+    // which leaves no file in the home).
+    EXPECT_EQ(loginItemAsked(home), nlohmann::json(true));
+#if !defined(__APPLE__)
     const std::string entry = readFile(home.autostartFile());
     EXPECT_TRUE(contains(entry, "Exec=") && contains(entry, "--headless")) << entry;
-    EXPECT_EQ(loginItemAsked(home), nlohmann::json(true));
     std::filesystem::remove(home.autostartFile());
+#endif
 
     // A command with no agent running starts one: it cannot hand back an exit status, so it
     // says why the command did nothing, carries it out only once it runs, and serves what
@@ -105,6 +108,9 @@ TEST(ShutdownBlackBox, AWakeRestoresBrightnessAndDimASignalUndoesAllACommandStar
 // Whatever becomes of the display server, the agent runs, says why it has less, serves
 // commands and ends cleanly on a signal; a start-at-login entry made by hand is left alone.
 TEST(ShutdownBlackBox, WithoutAUsableDisplayServerOrTrayItStillRunsAndSaysWhy) {
+#if defined(__APPLE__)
+    GTEST_SKIP() << "the window server of a Mac is always there";
+#endif
     const std::string byHand = "[Desktop Entry]\nType=Application\nExec=/opt/lumora/lumora\n";
     const struct {
         std::map<std::string, std::string> environment;

@@ -2,6 +2,9 @@
 
 #import <Foundation/NSObjCRuntime.h>
 
+@class NSString;
+
 @interface NSError : NSObject
 @property(readonly) NSInteger code;
+@property(readonly, copy) NSString* localizedDescription;
 @end

@@ -14,4 +14,5 @@ typedef enum SMAppServiceStatus : NSInteger {
 @property(readonly) SMAppServiceStatus status;
 - (BOOL)registerAndReturnError:(NSError**)error;
 - (BOOL)unregisterAndReturnError:(NSError**)error;
++ (void)openSystemSettingsLoginItems;
 @end

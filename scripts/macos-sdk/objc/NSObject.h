@@ -14,5 +14,6 @@ __attribute__((objc_root_class))
 + (instancetype)alloc;
 + (instancetype)new;
 + (Class)class;
++ (BOOL)instancesRespondToSelector:(SEL)aSelector;
 - (instancetype)init;
 @end

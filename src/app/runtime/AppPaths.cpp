@@ -26,8 +26,7 @@ std::optional<fs::path> absoluteVariable(const AppPaths::Environment& environmen
     return fs::path(*value);
 }
 
-fs::path homeOf(const AppPaths::Environment& environment, unsigned uid) {
-    if (auto home = absoluteVariable(environment, "HOME")) return *home;
+std::optional<fs::path> accountHome(unsigned uid) {
     passwd entry{};
     passwd* found = nullptr;
     std::vector<char> buffer(kPasswdBufferSize);
@@ -35,7 +34,12 @@ fs::path homeOf(const AppPaths::Environment& environment, unsigned uid) {
         found != nullptr && found->pw_dir != nullptr && found->pw_dir[0] == '/') {
         return fs::path(found->pw_dir);
     }
-    return fs::path(kLastResortHome);
+    return std::nullopt;
+}
+
+fs::path homeOf(const AppPaths::Environment& environment, unsigned uid) {
+    if (auto home = absoluteVariable(environment, "HOME")) return *home;
+    return accountHome(uid).value_or(fs::path(kLastResortHome));
 }
 
 }  // namespace
@@ -49,6 +53,12 @@ AppPaths AppPaths::fromEnvironment(const Environment& environment, unsigned uid)
     paths.logFile = library / "Logs" / "Lumora.log";
     paths.statusFile = library / "Application Support" / "Lumora" / "status.json";
     paths.autostartFile = library / "LaunchAgents" / (std::string(kBundleIdentifier) + ".plist");
+    // The system's defaults ignore HOME. A run in a home of its own (the tests, say) keeps its
+    // settings in a file in that home, away from the account's real defaults.
+    if (paths.home != accountHome(uid)) {
+        paths.settingsFolder = library / "Application Support" / "Lumora";
+        paths.settingsFile = paths.settingsFolder / "Lumora.conf";
+    }
     // The per-user temporary folder; the socket name must stay short (about 100 bytes).
     const fs::path temporary = absoluteVariable(environment, "TMPDIR").value_or("/tmp");
     paths.instanceSocket = (temporary / ("lumora-" + user)).string();

@@ -17,7 +17,7 @@ struct AppPaths {
     std::filesystem::path logFile;
     std::filesystem::path statusFile;
     // The settings store's folder and file; both empty where the platform keeps the settings
-    // itself (the user defaults on macOS).
+    // itself (the user defaults on macOS, unless HOME points away from the account's home).
     std::filesystem::path settingsFolder;
     std::filesystem::path settingsFile;
     // The start-at-login file (autostart entry; the launch agent on macOS).

@@ -62,9 +62,10 @@ bool writeAtomically(const fs::path& file, const std::string& text) {
 
 }  // namespace
 
-QtSession::QtSession(AppPaths paths, Launch launch)
+QtSession::QtSession(AppPaths paths, Launch launch, Log* log)
     : paths_(std::move(paths)),
       launch_(std::move(launch)),
+      log_(log),
       launchAgentAtStart_(fileExists(paths_.autostartFile)) {}
 
 std::string QtSession::version() const {
@@ -90,7 +91,13 @@ bool QtSession::loginItemEnabled() const {
 
 bool QtSession::setLoginItemEnabled(bool enabled) {
 #if defined(__APPLE__)
-    return mac::MacLoginItem(paths_.home, kBundleIdentifier).setEnabled(enabled);
+    mac::MacLoginItem item(paths_.home, kBundleIdentifier);
+    std::string why;
+    if (item.setEnabled(enabled, &why)) return true;
+    if (log_) log_->write("login item: " + why);
+    // Only the user can approve it, in the system settings: take them there.
+    if (enabled && item.awaitingApproval()) mac::MacLoginItem::openApprovalSettings();
+    return false;
 #else
     if (enabled) {
         return writeAtomically(paths_.autostartFile,
@@ -99,6 +106,14 @@ bool QtSession::setLoginItemEnabled(bool enabled) {
     std::error_code ec;
     fs::remove(paths_.autostartFile, ec);
     return !ec;
+#endif
+}
+
+bool QtSession::registerLoginItem() {
+#if defined(__APPLE__)
+    return mac::MacLoginItem(paths_.home, kBundleIdentifier).setEnabled(true);
+#else
+    return setLoginItemEnabled(true);
 #endif
 }
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "log/Log.h"
 #include "platform/Session.h"
 #include "runtime/AppPaths.h"
 
@@ -17,7 +18,8 @@ class QtSession final : public Session {
         bool headless = false;         // start it with --headless
     };
 
-    QtSession(AppPaths paths, Launch launch);
+    // `log` (optional) hears why the user's switch of the login item did not take.
+    QtSession(AppPaths paths, Launch launch, Log* log = nullptr);
 
     // "dev" when the build carries no version.
     [[nodiscard]] std::string version() const override;
@@ -27,6 +29,8 @@ class QtSession final : public Session {
     // The file exists and does not hide itself (Hidden=true is how users switch entries off).
     [[nodiscard]] bool loginItemEnabled() const override;
     bool setLoginItemEnabled(bool enabled) override;
+    // The first-launch registration: quiet, whatever the outcome.
+    bool registerLoginItem() override;
 
     // The running binary, as the kernel knows it (symlinks resolved).
     static std::filesystem::path runningBinary();
@@ -34,6 +38,7 @@ class QtSession final : public Session {
   private:
     AppPaths paths_;
     Launch launch_;
+    Log* log_ = nullptr;
     bool launchAgentAtStart_ = false;
 };
 

@@ -19,10 +19,12 @@ ConfigStatus MacDisplayConfiguration::setMode(DisplayID id, std::int32_t modeID)
     CFRef<CFArrayRef> modes = copyAllModes(id);
     for (CFIndex i = 0; i < modeCount(modes); ++i) {
         CGDisplayModeRef mode = modeAt(modes, i);
-        // Only a mode the desktop can use: the same number may also name a variant that
-        // exists for mirroring or television output only.
-        if (CGDisplayModeGetIODisplayModeID(mode) != modeID ||
-            !CGDisplayModeIsUsableForDesktopGUI(mode)) {
+        // The number and the pixel size together (a HiDPI mode and its low-resolution
+        // duplicate share the number), and only a mode the desktop can use: the same number
+        // may also name a variant that exists for mirroring or television output only.
+        const RawModeFields raw = rawFields(mode);
+        if (modeHandle(raw.ioModeID, raw.pixelWidth, raw.pixelHeight) != modeID ||
+            !raw.usableForDesktopGUI) {
             continue;
         }
         const CGError status = CGConfigureDisplayWithDisplayMode(config_, id, mode, nullptr);

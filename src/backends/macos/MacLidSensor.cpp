@@ -70,7 +70,7 @@ MacLidSensor::~MacLidSensor() {
     IOHIDManagerRegisterInputValueCallback(manager_.get(), nullptr, nullptr);
     if (scheduled_) {
         IOHIDManagerUnscheduleFromRunLoop(manager_.get(), CFRunLoopGetMain(),
-                                          kCFRunLoopDefaultMode);
+                                          kCFRunLoopCommonModes);
     }
     IOHIDManagerClose(manager_.get(), kIOHIDOptionsTypeNone);
 }
@@ -87,7 +87,8 @@ std::optional<std::int32_t> MacLidSensor::open(ChangeHandler onChange) {
     if (!manager_) return std::nullopt;
     onChange_ = std::move(onChange);
     IOHIDManagerRegisterInputValueCallback(manager_.get(), &MacLidSensor::onValue, this);
-    IOHIDManagerScheduleWithRunLoop(manager_.get(), CFRunLoopGetMain(), kCFRunLoopDefaultMode);
+    // Common modes: the angle keeps arriving while a menu is open or a slider is dragged.
+    IOHIDManagerScheduleWithRunLoop(manager_.get(), CFRunLoopGetMain(), kCFRunLoopCommonModes);
     scheduled_ = true;
     return static_cast<std::int32_t>(IOHIDManagerOpen(manager_.get(), kIOHIDOptionsTypeNone));
 }

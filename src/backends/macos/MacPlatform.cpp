@@ -2,14 +2,16 @@
 
 namespace lumora::mac {
 
-MacPlatform::MacPlatform() : displays_(enableSwitch_) {
+MacPlatform::MacPlatform(bool applicationEvents) : displays_(enableSwitch_) {
     Capabilities& c = capabilities_;
     // CoreGraphics always configures, loads gamma tables and taps events.
     c.setMode = true;
     c.setMain = true;
     c.mirror = true;
     c.gamma = true;
-    c.globalKeys = true;
+    // Hot keys come through the application's event loop, which a headless agent does not
+    // run; the event tap works on the bare run loop.
+    c.globalKeys = applicationEvents;
     c.brightnessKeyTap = true;
     c.pointer = true;
     c.idleInhibit = true;
@@ -23,8 +25,8 @@ MacPlatform::MacPlatform() : displays_(enableSwitch_) {
     c.systemSleep = power_.canSleep();
 }
 
-std::unique_ptr<Platform> makeMacPlatform() {
-    return std::make_unique<MacPlatform>();
+std::unique_ptr<Platform> makeMacPlatform(bool applicationEvents) {
+    return std::make_unique<MacPlatform>(applicationEvents);
 }
 
 }  // namespace lumora::mac

@@ -4,6 +4,7 @@
 
 #include "DisplayEnableSwitch.h"
 #include "MacAVServices.h"
+#include "MacActivity.h"
 #include "MacBacklight.h"
 #include "MacDisplayServer.h"
 #include "MacInput.h"
@@ -20,7 +21,9 @@ namespace lumora::mac {
 // the main thread.
 class MacPlatform final : public Platform {
   public:
-    MacPlatform();
+    // `applicationEvents`: the process runs the application's event loop (a menu-bar icon),
+    // without which hot keys and opened URLs are never delivered.
+    explicit MacPlatform(bool applicationEvents);
 
     [[nodiscard]] std::string name() const override { return "macOS (CoreGraphics)"; }
     [[nodiscard]] Capabilities capabilities() const override { return capabilities_; }
@@ -45,8 +48,9 @@ class MacPlatform final : public Platform {
     MacSystemEvents systemEvents_;
     MacInput input_;
     Capabilities capabilities_;
+    MacActivity activity_;
 };
 
-std::unique_ptr<Platform> makeMacPlatform();
+std::unique_ptr<Platform> makeMacPlatform(bool applicationEvents);
 
 }  // namespace lumora::mac

@@ -4,7 +4,8 @@
 
 namespace lumora::mac {
 
-// Virtual displays through the window server's private CGVirtualDisplay classes.
+// Virtual displays through the window server's private CGVirtualDisplay classes, available
+// only when every message Lumora sends is answered.
 class MacVirtualDisplays final : public VirtualDisplays {
   public:
     MacVirtualDisplays();
@@ -13,6 +14,8 @@ class MacVirtualDisplays final : public VirtualDisplays {
     std::unique_ptr<VirtualDisplayHandle> create(const VirtualDisplayDescriptor& d) override;
 
   private:
+    std::unique_ptr<VirtualDisplayHandle> createChecked(const VirtualDisplayDescriptor& d);
+
     bool available_ = false;
 };
 

@@ -2,6 +2,8 @@
 
 #import "CGVirtualDisplayPrivate.h"
 
+#include <initializer_list>
+
 namespace lumora::mac {
 
 namespace {
@@ -21,6 +23,17 @@ class MacVirtualDisplayHandle final : public VirtualDisplayHandle {
     CGVirtualDisplay* display_;
 };
 
+// Every message Lumora sends to each class: a class renamed or changed in a system update is
+// a missing capability, not an unrecognised selector that ends the process.
+bool answers(NSString* className, std::initializer_list<SEL> selectors) {
+    Class type = NSClassFromString(className);
+    if (!type) return false;
+    for (SEL selector : selectors) {
+        if (![type instancesRespondToSelector:selector]) return false;
+    }
+    return true;
+}
+
 NSString* nameString(const std::string& name) {
     NSString* text = [NSString stringWithUTF8String:name.c_str()];
     return text ? text : @"Lumora";  // invalid UTF-8: a generic name rather than no display
@@ -29,15 +42,37 @@ NSString* nameString(const std::string& name) {
 }  // namespace
 
 MacVirtualDisplays::MacVirtualDisplays() {
-    available_ = NSClassFromString(kDisplayClass) && NSClassFromString(kDescriptorClass) &&
-                 NSClassFromString(kSettingsClass) && NSClassFromString(kModeClass);
+    available_ =
+        answers(
+            kDisplayClass,
+            { @selector(initWithDescriptor:), @selector(applySettings:), @selector(displayID) }) &&
+        answers(kDescriptorClass,
+                {
+                    @selector(init), @selector(setQueue:), @selector(setName:),
+                        @selector(setMaxPixelsWide:), @selector(setMaxPixelsHigh:),
+                        @selector(setSizeInMillimeters:), @selector(setVendorID:),
+                        @selector(setProductID:), @selector(setSerialNum:),
+                        @selector(setTerminationHandler:)
+                }) &&
+        answers(kSettingsClass, { @selector(init), @selector(setHiDPI:), @selector(setModes:) }) &&
+        answers(kModeClass, { @selector(initWithWidth:height:refreshRate:) });
 }
 
 std::unique_ptr<VirtualDisplayHandle> MacVirtualDisplays::create(
     const VirtualDisplayDescriptor& d) {
     if (!available_ || d.maxPixelsWide == 0 || d.maxPixelsHigh == 0 || d.modes.empty())
         return nullptr;
+    // The classes are private: an exception they raise means no display, never the end of
+    // the agent.
+    @try {
+        return createChecked(d);
+    } @catch (NSException*) {
+        return nullptr;
+    }
+}
 
+std::unique_ptr<VirtualDisplayHandle> MacVirtualDisplays::createChecked(
+    const VirtualDisplayDescriptor& d) {
     CGVirtualDisplayDescriptor* descriptor = [[NSClassFromString(kDescriptorClass) alloc] init];
     // The system's callbacks for this display arrive on the main queue.
     descriptor.queue = dispatch_get_main_queue();

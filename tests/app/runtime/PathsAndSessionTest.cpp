@@ -24,6 +24,28 @@ AppPaths::Environment environment(std::map<std::string, std::string> variables) 
         };
 }
 
+#if defined(__APPLE__)
+TEST(AppPaths, MacFilesLiveInTheLibraryAndATestHomeKeepsItsOwnSettings) {
+    auto paths = AppPaths::fromEnvironment(
+        environment({{"HOME", "/Users/ann-test"}, {"TMPDIR", "/var/folders/x/T"}}), 501);
+    EXPECT_EQ(paths.logFile, fs::path("/Users/ann-test/Library/Logs/Lumora.log"));
+    EXPECT_EQ(paths.statusFile,
+              fs::path("/Users/ann-test/Library/Application Support/Lumora/status.json"));
+    EXPECT_EQ(paths.autostartFile,
+              fs::path("/Users/ann-test/Library/LaunchAgents/org.lumora.Lumora.plist"));
+    EXPECT_EQ(paths.instanceSocket, "/var/folders/x/T/lumora-501");
+    // Not the account's home: settings in a file there, not in the account's defaults.
+    EXPECT_EQ(paths.settingsFile,
+              fs::path("/Users/ann-test/Library/Application Support/Lumora/Lumora.conf"));
+    // The account's own home: the system's defaults.
+    const passwd* me = getpwuid(getuid());
+    ASSERT_NE(me, nullptr);
+    paths = AppPaths::fromEnvironment(environment({{"HOME", me->pw_dir}}),
+                                      static_cast<unsigned>(getuid()));
+    EXPECT_EQ(paths.settingsFile, fs::path());
+    EXPECT_EQ(paths.instanceSocket, "/tmp/lumora-" + std::to_string(getuid()));
+}
+#else
 TEST(AppPaths, XdgVariablesWinOverHomeButRelativeOrEmptyOnesAreIgnored) {
     auto paths = AppPaths::fromEnvironment(environment({{"HOME", "/home/ann"}}), 1234);
     EXPECT_EQ(paths.logFile, fs::path("/home/ann/.local/state/lumora/Lumora.log"));
@@ -50,6 +72,10 @@ TEST(AppPaths, XdgVariablesWinOverHomeButRelativeOrEmptyOnesAreIgnored) {
     EXPECT_EQ(paths.home, fs::path(me->pw_dir));
 }
 
+#endif
+
+// The autostart entry is the Linux login item; macOS uses the system's service.
+#if !defined(__APPLE__)
 class SessionTest : public test::QtAppTest {
   protected:
     test::TempDir dir;
@@ -106,6 +132,8 @@ TEST_F(SessionTest, AnEntryTheUserHidIsOffAndAnUnwritableFolderFails) {
     EXPECT_FALSE(blocked.setLoginItemEnabled(true));
     EXPECT_FALSE(blocked.loginItemEnabled());
 }
+
+#endif
 
 TEST(AutostartEntry, ExecArgumentsAreQuotedAndEscapedAsDesktopEntriesRequire) {
     EXPECT_EQ(quoteExecArgument("/usr/bin/lumora"), "/usr/bin/lumora");

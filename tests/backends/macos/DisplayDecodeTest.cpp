@@ -55,15 +55,22 @@ TEST(MainDisplayMove, EveryOriginMovesByTheNewMainsOffset) {
 }
 
 TEST(ModeFields, RecordedModesPassAndBrokenValuesAreClamped) {
+    const std::int32_t hiDPI = modeHandle(77, 3024, 1964);
     EXPECT_EQ(decodeMode({77, 1512, 982, 3024, 1964, 59.94, false}),
-              (PlatformMode{77, 1512, 982, 3024, 1964, 59.94, false}));
+              (PlatformMode{hiDPI, 1512, 982, 3024, 1964, 59.94, false}));
+    // Its low-resolution duplicate carries the same number: the handles still differ, and
+    // each names its own mode again next time.
+    const std::int32_t lowResolution = decodeMode({77, 1512, 982, 1512, 982, 59.94, true}).id;
+    EXPECT_NE(lowResolution, hiDPI);
+    EXPECT_EQ(lowResolution, modeHandle(77, 1512, 982));
+    EXPECT_GE(modeHandle(-1, 1, 1), 0);
     // A refresh the system cannot give (built-ins report 0) reads as none.
     for (double refresh : {-60.0, std::nan(""), std::numeric_limits<double>::infinity()})
         EXPECT_EQ(decodeMode({1, 800, 600, 800, 600, refresh, false}).refresh, 0) << refresh;
     const std::size_t huge = std::numeric_limits<std::size_t>::max();
     constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
     EXPECT_EQ(decodeMode({-3, huge, 1, huge, 2, 60, true}),
-              (PlatformMode{-3, kMax, 1, kMax, 2, 60, true}));
+              (PlatformMode{modeHandle(-3, huge, 2), kMax, 1, kMax, 2, 60, true}));
 }
 
 TEST(Coordinates, AppKitBottomLeftBecomesTopLeftOfTheMainDisplay) {
