@@ -33,6 +33,10 @@ constexpr std::size_t kReplySize = 11;
 constexpr std::int32_t kNotResponding = static_cast<std::int32_t>(0xE00002EDu);
 constexpr std::int32_t kAcknowledged = 0;
 
+// The bit a noisy cable flips: the low byte of the current value.
+constexpr std::size_t kCorruptedByte = 9;
+constexpr std::uint8_t kCorruptedBit = 0x04;
+
 // Virtual times are sums of doubles; a host that waited exactly the reply delay must not
 // be refused because of rounding.
 constexpr double kTimeTolerance = 1e-9;
@@ -100,7 +104,10 @@ std::array<std::uint8_t, 128> makeEdid(std::uint32_t vendor, std::uint32_t produ
 
 SimDdcMonitor::SimDdcMonitor(const WorldDdc& config, std::uint32_t vendor, std::uint32_t product,
                              std::uint32_t serial)
-    : config_(config), edid_(makeEdid(vendor, product, serial)), vcp_(config.vcp) {}
+    : config_(config),
+      edid_(makeEdid(vendor, product, serial)),
+      vcp_(config.vcp),
+      corruptLeft_(config.corruptReplies) {}
 
 void SimDdcMonitor::wake(double now) {
     if (config_.forgetsOnWake) vcp_ = config_.vcp;
@@ -117,6 +124,8 @@ std::int32_t SimDdcMonitor::write(std::uint8_t chip, std::uint8_t dataAddress,
     if (chip == kEdidChip) return kAcknowledged;  // read-only memory: the bytes go nowhere
     if (chip != kControlChip || !listens(now)) return kNotResponding;
     if (dataAddress != kHostAddress || bytes.size() < 2) return kAcknowledged;
+    // Still busy after its last reply: the bytes are acknowledged and go nowhere.
+    if (now - lastReplyAt_ < config_.quietTime - kTimeTolerance) return kAcknowledged;
 
     const std::size_t body = bytes[0] & kLengthMask;
     if ((bytes[0] & kLengthFlag) == 0 || bytes.size() != body + 2) return kAcknowledged;
@@ -169,7 +178,7 @@ std::int32_t SimDdcMonitor::read(std::uint8_t chip, std::uint8_t dataAddress,
         ++failedAttempts_;
         return kNotResponding;
     }
-    if (now - requestedAt_ < kReplyDelay - kTimeTolerance) return kNotResponding;
+    if (now - requestedAt_ < config_.replyDelay - kTimeTolerance) return kNotResponding;
 
     failedAttempts_ = 0;
     lastRequestedCode_.reset();
@@ -190,6 +199,12 @@ std::int32_t SimDdcMonitor::read(std::uint8_t chip, std::uint8_t dataAddress,
     for (std::size_t i = 0; i + 1 < reply.size(); ++i)
         checksum ^= reply[i];
     reply.back() = checksum;
+    // A noisy cable: one bit of the value flips after the checksum was made.
+    if (corruptLeft_ > 0) {
+        --corruptLeft_;
+        reply[kCorruptedByte] ^= kCorruptedBit;
+    }
+    lastReplyAt_ = now;
     std::copy_n(reply.begin(), std::min(buffer.size(), reply.size()), buffer.begin());
     return kAcknowledged;
 }

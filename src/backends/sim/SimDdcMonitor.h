@@ -41,9 +41,6 @@ class SimDdcMonitor {
         return vcp_;
     }
 
-    // Hosts must wait this long between a request and reading its reply.
-    static constexpr double kReplyDelay = 0.040;
-
   private:
     // DDC/CI is on in the monitor's menu and the monitor is not just waking.
     [[nodiscard]] bool listens(double now) const;
@@ -59,6 +56,9 @@ class SimDdcMonitor {
     std::optional<std::uint8_t> lastRequestedCode_;
     int edidFailures_ = 0;
     double deafUntil_ = 0;
+    // When its last reply went out (quietTime counts from there), and corruptions left to make.
+    double lastReplyAt_ = -1e9;
+    int corruptLeft_ = 0;
 };
 
 }  // namespace lumora::sim

@@ -58,11 +58,14 @@ constexpr std::int64_t kVcpValueLimit = 0xFFFF;
 constexpr std::int64_t kFailFirstLimit = 1000;
 // An hour: longer than any host keeps retrying.
 constexpr double kDeafLimit = 3600;
+// A monitor slower than a second to answer or to listen again is broken, not slow.
+constexpr double kSlowestReply = 1.0;
 
 WorldDdc readDdc(const json& value, const std::string& path) {
     expectObject(value, path);
     onlyKeys(value, path,
-             {"answers", "edid", "failFirst", "forgetsOnWake", "wakeDeafSeconds", "vcp"});
+             {"answers", "edid", "failFirst", "forgetsOnWake", "wakeDeafSeconds", "replyDelay",
+              "quietTime", "corruptReplies", "vcp"});
     WorldDdc ddc;
     if (auto* v = optionalKey(value, "answers"))
         ddc.answers = readBool(*v, keyPath(path, "answers"));
@@ -74,6 +77,14 @@ WorldDdc readDdc(const json& value, const std::string& path) {
         ddc.forgetsOnWake = readBool(*v, keyPath(path, "forgetsOnWake"));
     if (auto* v = optionalKey(value, "wakeDeafSeconds")) {
         ddc.wakeDeafSeconds = readNumber(*v, keyPath(path, "wakeDeafSeconds"), 0, kDeafLimit);
+    }
+    if (auto* v = optionalKey(value, "replyDelay"))
+        ddc.replyDelay = readNumber(*v, keyPath(path, "replyDelay"), 0, kSlowestReply);
+    if (auto* v = optionalKey(value, "quietTime"))
+        ddc.quietTime = readNumber(*v, keyPath(path, "quietTime"), 0, kSlowestReply);
+    if (auto* v = optionalKey(value, "corruptReplies")) {
+        ddc.corruptReplies =
+            readInteger<int>(*v, keyPath(path, "corruptReplies"), 0, kFailFirstLimit);
     }
     if (auto* v = optionalKey(value, "vcp")) {
         const std::string vcpPath = keyPath(path, "vcp");

@@ -6,10 +6,6 @@ namespace lumora {
 
 namespace {
 
-// Monitors' control processors drop a packet that follows the previous transfer too closely.
-constexpr double kSendPause = 0.010;
-// A monitor may take up to 40 ms to prepare a reply; asking earlier gets a NAK or garbage.
-constexpr double kReplyWait = 0.050;
 constexpr double kEdidRetryPause = 0.010;
 constexpr int kEdidAttempts = 3;
 constexpr int kReadAttempts = 3;
@@ -17,6 +13,22 @@ constexpr int kReadAttempts = 3;
 constexpr int kWriteTransmissions = 2;
 
 constexpr std::int32_t kStatusOK = 0;
+
+// Holds the bus for one exchange; released however the exchange ends.
+class Exchange {
+  public:
+    explicit Exchange(AVChannel& channel) : channel_(channel), held_(channel.beginExchange()) {}
+    ~Exchange() {
+        if (held_) channel_.endExchange();
+    }
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+    [[nodiscard]] bool held() const { return held_; }
+
+  private:
+    AVChannel& channel_;
+    bool held_;
+};
 
 }  // namespace
 
@@ -40,7 +52,9 @@ void DDCService::readEdid() {
     // One buffer for every attempt: a failed read may leave bytes behind, as on the real bus.
     std::array<std::uint8_t, kEdidBlockSize> buffer{};
     for (int attempt = 0; attempt < kEdidAttempts; ++attempt) {
-        const auto status = channel_->readI2C(kEdidChip, kEdidDataAddress, buffer);
+        I2CStatus status = kStatusOK + 1;
+        if (Exchange exchange(*channel_); exchange.held())
+            status = channel_->readI2C(kEdidChip, kEdidDataAddress, buffer);
         if (status == kStatusOK) {
             if (auto ids = parseEdidIds(buffer)) {
                 edid_ = *ids;
@@ -51,36 +65,117 @@ void DDCService::readEdid() {
     }
 }
 
+void DDCService::useLearnedTiming(const DdcTiming& timing) {
+    std::lock_guard guard(lock_);
+    learner_ = DdcTimingLearner(timing);
+}
+
+void DDCService::setTimingListener(TimingListener listener) {
+    std::lock_guard guard(lock_);
+    listener_ = std::move(listener);
+}
+
+DdcTiming DDCService::timing() {
+    std::lock_guard guard(lock_);
+    return learner_.timing();
+}
+
+DdcCounters DDCService::counters() {
+    std::lock_guard guard(lock_);
+    return counters_;
+}
+
 bool DDCService::write(std::uint8_t code, std::uint16_t value) {
     if (!canWrite_) return false;
     const auto packet = setVcpPacket(code, value);
     std::lock_guard guard(lock_);
     bool accepted = false;
     for (int i = 0; i < kWriteTransmissions; ++i) {
-        sleeper_.sleep(kSendPause);
+        sleeper_.sleep(learner_.timing().quiet);
+        Exchange exchange(*channel_);
+        if (!exchange.held()) {
+            ++counters_.busyBus;
+            continue;
+        }
         if (channel_->writeI2C(kDdcChip, kDdcDataAddress, packet) == kStatusOK) accepted = true;
     }
     return accepted;
 }
 
 std::optional<std::pair<std::uint16_t, std::uint16_t>> DDCService::read(std::uint8_t code) {
-    if (!canRead_ || !canWrite_) return std::nullopt;
-    const auto request = getVcpRequest(code);
-    std::lock_guard guard(lock_);
-    for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
-        if (auto reading = attemptRead(code, request)) return reading;
-    }
-    return std::nullopt;
+    const DdcReading reading = readFeature(code);
+    if (reading.status != DdcReading::Status::ok) return std::nullopt;
+    return std::pair{reading.current, reading.maximum};
 }
 
-std::optional<std::pair<std::uint16_t, std::uint16_t>> DDCService::attemptRead(
-    std::uint8_t code, std::span<const std::uint8_t> request) {
+DdcReading DDCService::readFeature(std::uint8_t code) {
+    DdcReading reading;
+    if (!canRead_ || !canWrite_) {
+        reading.status = DdcReading::Status::noAccess;
+        return reading;
+    }
+    const auto request = getVcpRequest(code);
+    TimingListener listener;
+    DdcTimingLearner::Change change = DdcTimingLearner::Change::none;
+    DdcTiming learned;
+    {
+        std::lock_guard guard(lock_);
+        for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
+            reading = attemptRead(code, request);
+            const bool answered = reading.status == DdcReading::Status::ok ||
+                                  reading.status == DdcReading::Status::unsupported;
+            // A busy bus says nothing about the monitor's timing.
+            if (reading.status != DdcReading::Status::busBusy) {
+                const auto step = answered ? learner_.succeeded() : learner_.failed();
+                if (step != DdcTimingLearner::Change::none) change = step;
+            }
+            if (answered) break;
+        }
+        listener = listener_;
+        learned = learner_.timing();
+    }
+    if (listener && change != DdcTimingLearner::Change::none) listener(learned, change);
+    return reading;
+}
+
+DdcReading DDCService::attemptRead(std::uint8_t code, std::span<const std::uint8_t> request) {
+    DdcReading reading;
+    ++counters_.attempts;
     std::array<std::uint8_t, kVcpReplySize> reply{};
-    sleeper_.sleep(kSendPause);
-    if (channel_->writeI2C(kDdcChip, kDdcDataAddress, request) != kStatusOK) return std::nullopt;
-    sleeper_.sleep(kReplyWait);
-    if (channel_->readI2C(kDdcChip, kDdcDataAddress, reply) != kStatusOK) return std::nullopt;
-    return parseVcpReply(reply, code);
+    const DdcTiming timing = learner_.timing();
+    sleeper_.sleep(timing.quiet);
+    Exchange exchange(*channel_);
+    if (!exchange.held()) {
+        ++counters_.busyBus;
+        reading.status = DdcReading::Status::busBusy;
+        return reading;
+    }
+    bool delivered = channel_->writeI2C(kDdcChip, kDdcDataAddress, request) == kStatusOK;
+    if (delivered) {
+        sleeper_.sleep(timing.replyWait);
+        delivered = channel_->readI2C(kDdcChip, kDdcDataAddress, reply) == kStatusOK;
+    }
+    if (!delivered) {
+        ++counters_.noReplies;
+        return reading;
+    }
+    const VcpReply checked = checkVcpReply(reply, code);
+    switch (checked.kind) {
+        case VcpReply::Kind::ok:
+            reading.status = DdcReading::Status::ok;
+            reading.current = checked.current;
+            reading.maximum = checked.maximum;
+            break;
+        case VcpReply::Kind::unsupported:
+            reading.status = DdcReading::Status::unsupported;
+            break;
+        case VcpReply::Kind::invalid:
+            ++counters_.invalidReplies;
+            reading.status = DdcReading::Status::invalidReply;
+            reading.fault = checked.fault;
+            break;
+    }
+    return reading;
 }
 
 }  // namespace lumora

@@ -1,24 +1,56 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
 
 #include "ddc/DdcPacket.h"
+#include "ddc/DdcTiming.h"
 #include "platform/AVServices.h"
 #include "platform/Scheduler.h"
 
 namespace lumora {
 
+// One read of a feature, as the wire went.
+struct DdcReading {
+    enum class Status {
+        ok,            // current and maximum hold the monitor's values
+        unsupported,   // the monitor answered that it lacks the code
+        noReply,       // every attempt went unanswered or was refused on the bus
+        invalidReply,  // the last attempt's reply failed its checks (`fault` says how)
+        busBusy,       // another program held the bus too long
+        noAccess,      // the platform cannot read or write this channel
+    };
+    Status status = Status::noReply;
+    std::uint16_t current = 0;
+    std::uint16_t maximum = 0;
+    std::string fault;
+};
+
+// What the wire has been through, for figures and tests.
+struct DdcCounters {
+    unsigned attempts = 0;
+    unsigned noReplies = 0;
+    unsigned invalidReplies = 0;
+    unsigned busyBus = 0;
+};
+
 // One open DDC/CI channel to one external monitor, shared by everyone who talks to it.
 // Every exchange holds the channel's lock from its first wait to its last transfer, so two
 // operations on one monitor never interleave their packets; different monitors run in
-// parallel. Calls block for tens of milliseconds: keep them off the main thread.
+// parallel. Each message waits the monitor's quiet time first, learned per monitor (see
+// DdcTimingLearner) from the reads that succeed and fail. Calls block for tens of
+// milliseconds: keep them off the main thread.
 class DDCService {
   public:
+    // Told when the learned waits settle or step back; runs on the caller's thread.
+    using TimingListener = std::function<void(const DdcTiming&, DdcTimingLearner::Change)>;
+
     // Nothing when the platform cannot create the channel. Reads the monitor's EDID numbers;
     // a monitor whose EDID cannot be read keeps a usable channel with zero numbers.
     static std::shared_ptr<DDCService> open(AVServices& services, const AVServiceEntry& entry,
@@ -29,8 +61,16 @@ class DDCService {
 
     // Sets a feature; true when the monitor took at least one of the two transmissions.
     bool write(std::uint8_t code, std::uint16_t value);
-    // (current, maximum) of a feature; nothing after three failed attempts.
+    // Up to three attempts; a valid answer ends them (an invalid one is retried, never used).
+    DdcReading readFeature(std::uint8_t code);
+    // (current, maximum) of a feature when readFeature() gives them.
     std::optional<std::pair<std::uint16_t, std::uint16_t>> read(std::uint8_t code);
+
+    // Waits learned in an earlier run; the learning goes on from there.
+    void useLearnedTiming(const DdcTiming& timing);
+    void setTimingListener(TimingListener listener);
+    [[nodiscard]] DdcTiming timing();
+    [[nodiscard]] DdcCounters counters();
 
     // As the display server reports them for the same monitor; 0 when the EDID was unread.
     [[nodiscard]] std::uint32_t edidVendor() const { return edid_.vendor; }
@@ -40,8 +80,8 @@ class DDCService {
   private:
     DDCService(std::shared_ptr<AVChannel> channel, bool canRead, bool canWrite, Sleeper& sleeper);
     void readEdid();
-    std::optional<std::pair<std::uint16_t, std::uint16_t>> attemptRead(
-        std::uint8_t code, std::span<const std::uint8_t> request);
+    // One request and its reply; the lock is held.
+    DdcReading attemptRead(std::uint8_t code, std::span<const std::uint8_t> request);
 
     std::shared_ptr<AVChannel> channel_;
     // The platform's read and write entry points are bound once; a missing one stays missing.
@@ -50,6 +90,9 @@ class DDCService {
     Sleeper& sleeper_;
     EdidIds edid_;
     std::mutex lock_;
+    DdcTimingLearner learner_;
+    DdcCounters counters_;
+    TimingListener listener_;
 };
 
 }  // namespace lumora

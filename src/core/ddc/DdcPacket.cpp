@@ -1,5 +1,7 @@
 #include "ddc/DdcPacket.h"
 
+#include <algorithm>
+
 namespace lumora {
 
 namespace {
@@ -8,6 +10,12 @@ namespace {
 constexpr std::uint8_t kSetVcpBodySize = 4;  // opcode, code, value high, value low
 constexpr std::uint8_t kGetVcpBodySize = 2;  // opcode, code
 
+// A Get VCP Feature reply's body: opcode, result, code, type, maximum (2), current (2).
+constexpr std::uint8_t kVcpReplyBodySize = 8;
+// What an idle bus reads as.
+constexpr std::uint8_t kIdleBus = 0xFF;
+constexpr std::size_t kReplySourceAt = 0;
+constexpr std::size_t kReplyLengthAt = 1;
 constexpr std::size_t kReplyOpcodeAt = 2;
 constexpr std::size_t kReplyResultAt = 3;
 constexpr std::size_t kReplyCodeAt = 4;
@@ -63,14 +71,42 @@ std::array<std::uint8_t, 4> getVcpRequest(std::uint8_t code) {
     return packet;
 }
 
+VcpReply checkVcpReply(std::span<const std::uint8_t> reply, std::uint8_t code) {
+    VcpReply out;
+    const auto invalid = [&out](const char* fault) {
+        out.fault = fault;
+        return out;
+    };
+    if (reply.size() < kReplyLengthAt + 1) return invalid("short reply");
+    if (std::all_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b == kIdleBus; }))
+        return invalid("no data (all 0xFF)");
+    if (reply[kReplySourceAt] != kDdcReplySource) return invalid("wrong source address");
+    if (reply[kReplyLengthAt] == kDdcLengthFlag) return invalid("null message");
+    if (reply[kReplyLengthAt] != (kDdcLengthFlag | kVcpReplyBodySize) ||
+        reply.size() < kVcpReplySize)
+        return invalid("wrong length");
+    std::uint8_t sum = kDdcVirtualHostAddress;
+    for (std::size_t i = 0; i + 1 < kVcpReplySize; ++i)
+        sum ^= reply[i];
+    if (sum != reply[kVcpReplySize - 1]) return invalid("bad checksum");
+    if (reply[kReplyOpcodeAt] != kGetVcpReplyOpcode) return invalid("wrong opcode");
+    if (reply[kReplyCodeAt] != code) return invalid("another code");
+    if (reply[kReplyResultAt] == kVcpResultUnsupported) {
+        out.kind = VcpReply::Kind::unsupported;
+        return out;
+    }
+    if (reply[kReplyResultAt] != kVcpResultNoError) return invalid("unknown result code");
+    out.kind = VcpReply::Kind::ok;
+    out.current = bigEndian16(reply, kReplyCurrentAt);
+    out.maximum = bigEndian16(reply, kReplyMaximumAt);
+    return out;
+}
+
 std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
     std::span<const std::uint8_t> reply, std::uint8_t code) {
-    if (reply.size() < kVcpReplySize) return std::nullopt;
-    if (reply[kReplyOpcodeAt] != kGetVcpReplyOpcode || reply[kReplyResultAt] != kVcpResultNoError ||
-        reply[kReplyCodeAt] != code) {
-        return std::nullopt;
-    }
-    return std::pair{bigEndian16(reply, kReplyCurrentAt), bigEndian16(reply, kReplyMaximumAt)};
+    const VcpReply checked = checkVcpReply(reply, code);
+    if (checked.kind != VcpReply::Kind::ok) return std::nullopt;
+    return std::pair{checked.current, checked.maximum};
 }
 
 std::optional<EdidIds> parseEdidIds(std::span<const std::uint8_t> edid) {

@@ -26,6 +26,11 @@ inline constexpr std::uint8_t kGetVcpOpcode = 0x01;
 inline constexpr std::uint8_t kGetVcpReplyOpcode = 0x02;
 inline constexpr std::uint8_t kSetVcpOpcode = 0x03;
 inline constexpr std::uint8_t kVcpResultNoError = 0x00;
+inline constexpr std::uint8_t kVcpResultUnsupported = 0x01;
+// Replies are checksummed with this address in place of the host's source address 0x51.
+inline constexpr std::uint8_t kDdcVirtualHostAddress = 0x50;
+// The monitor's address as the first byte of its replies.
+inline constexpr std::uint8_t kDdcReplySource = 0x6E;
 
 // 6E 88 02 result code type max-hi max-lo cur-hi cur-lo checksum.
 inline constexpr std::size_t kVcpReplySize = 11;
@@ -39,9 +44,25 @@ std::array<std::uint8_t, 6> setVcpPacket(std::uint8_t code, std::uint16_t value)
 // 82 01 code checksum.
 std::array<std::uint8_t, 4> getVcpRequest(std::uint8_t code);
 
-// (current, maximum) from a Get VCP Feature reply for `code`. Nothing when the buffer is
-// shorter than a reply, is not a feature reply, carries an error result or answers another
-// code. Length, type and checksum bytes are not checked: monitors get them wrong.
+// What a Get VCP Feature reply says. Only `ok` carries a value; `unsupported` is a valid
+// answer (the monitor lacks the code); `invalid` is a failed attempt, never a value.
+struct VcpReply {
+    enum class Kind { ok, unsupported, invalid };
+    Kind kind = Kind::invalid;
+    std::uint16_t current = 0;
+    std::uint16_t maximum = 0;
+    // For `invalid`: why, in words for the log ("bad checksum", "null message", ...).
+    const char* fault = "";
+};
+
+// Checks every byte of a reply to a request for `code`: 6E 88 02 result code type max-hi
+// max-lo cur-hi cur-lo checksum, where the checksum is the XOR of the host's virtual address
+// 0x50 and every byte before it. A bus that returns all 0xFF, a null message (6E 80 BE: the
+// monitor has nothing to say yet), a wrong length, opcode, code or result, or a checksum that
+// does not match are all invalid.
+VcpReply checkVcpReply(std::span<const std::uint8_t> reply, std::uint8_t code);
+
+// (current, maximum) of a valid reply that carries a value; nothing otherwise.
 std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
     std::span<const std::uint8_t> reply, std::uint8_t code);
 

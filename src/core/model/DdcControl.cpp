@@ -27,7 +27,8 @@ DdcControl::DdcControl(Passkey, Deps deps, const Signal* willChange)
       values_({}, willChange),
       available_({}, willChange),
       queue_(deps.scheduler.makeSerialQueue(kQueueLabel)),
-      memory_(deps.defaults) {}
+      memory_(deps.defaults),
+      timingMemory_(deps.defaults) {}
 
 // Pending writes hold only their channel and value: they still reach the monitor.
 DdcControl::~DdcControl() {
@@ -76,10 +77,29 @@ void DdcControl::rescan() {
     }
     // Read here: the display server belongs to the main thread.
     auto targets = DDC::targets(deps_.server, ids);
+    // Each monitor's key and the waits it learned in an earlier run.
+    std::map<DisplayID, std::pair<std::string, std::optional<DdcTiming>>> timings;
+    for (DisplayID id : ids) {
+        std::string key = deps_.server.persistentKey(id);
+        auto learned = timingMemory_.learned(key);
+        timings.emplace(id, std::pair{std::move(key), learned});
+    }
     AVServices& av = deps_.av;
     Scheduler& scheduler = deps_.scheduler;
-    queue_->post([weak = weak_from_this(), targets = std::move(targets), ids, &av, &scheduler] {
+    queue_->post([weak = weak_from_this(), targets = std::move(targets), ids, &av, &scheduler,
+                  timings = std::move(timings)] {
         auto services = DDC::services(av, scheduler, targets);
+        for (const auto& [id, service] : services) {
+            const auto& [key, learned] = timings.at(id);
+            if (learned) service->useLearnedTiming(*learned);
+            service->setTimingListener(
+                [weak, &main = scheduler.mainQueue(), id, key](const DdcTiming& timing,
+                                                               DdcTimingLearner::Change change) {
+                    main.post([weak, id, key, timing, change] {
+                        if (auto self = weak.lock()) self->learnedTiming(id, key, timing, change);
+                    });
+                });
+        }
         Values values;
         for (const auto& [id, service] : services) {
             auto& entry = values[id];  // every service gets one, even an empty one
@@ -177,6 +197,18 @@ void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
     memory_.save();
     deps_.log.write("DDC display " + std::to_string(display) + ": VCP " + hexCode(byte) + " = " +
                     std::to_string(raw));
+}
+
+void DdcControl::learnedTiming(DisplayID display, const std::string& key, const DdcTiming& timing,
+                               DdcTimingLearner::Change change) {
+    timingMemory_.remember(key, timing);
+    const auto ms = [](double seconds) { return std::to_string(std::lround(seconds * 1000)); };
+    const std::string waits =
+        ms(timing.quiet) + " ms before a message, " + ms(timing.replyWait) + " ms for a reply";
+    deps_.log.write("DDC display " + std::to_string(display) +
+                    (change == DdcTimingLearner::Change::settled
+                         ? ": learned waits " + waits
+                         : ": an exchange failed; back to " + waits));
 }
 
 bool DdcControl::scanning(std::optional<DisplayID> display) const {

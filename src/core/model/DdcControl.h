@@ -15,6 +15,7 @@
 #include "ddc/VCP.h"
 #include "log/Log.h"
 #include "model/DdcMemory.h"
+#include "model/DdcTimingMemory.h"
 #include "model/Observable.h"
 #include "platform/AVServices.h"
 #include "platform/Defaults.h"
@@ -129,6 +130,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     void finishAttempt(DisplayID display, std::uint64_t generation,
                        const DdcMemory::Controls& wanted, const RestoreReading& reading);
     void cancelRestore(DisplayID display);
+    // The waits a monitor's channel learned changed: kept for the next start, and said once.
+    void learnedTiming(DisplayID display, const std::string& key, const DdcTiming& timing,
+                       DdcTimingLearner::Change change);
 
     Deps deps_;
     Published<Values> values_;
@@ -145,6 +149,7 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     std::vector<std::shared_ptr<Waiter>> waiters_;
 
     DdcMemory memory_;
+    DdcTimingMemory timingMemory_;
     bool restoring_ = true;
     bool scannedOnce_ = false;  // later new displays are reconnections
     bool wakeScanQueued_ = false;

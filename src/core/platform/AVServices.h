@@ -32,6 +32,11 @@ class AVChannel {
                               std::span<std::uint8_t> buffer) = 0;
     virtual I2CStatus writeI2C(std::uint8_t chip, std::uint8_t dataAddress,
                                std::span<const std::uint8_t> bytes) = 0;
+    // Brackets one whole exchange (request, wait, reply), so that other programs using the same
+    // bus never interleave with it. False when the bus stays held by someone else too long:
+    // the exchange does not happen.
+    virtual bool beginExchange() { return true; }
+    virtual void endExchange() {}
 };
 
 // The platform's DDC/CI channels. Each entry point may be missing; a channel opened without

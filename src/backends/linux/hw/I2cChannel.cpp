@@ -12,7 +12,22 @@ constexpr std::uint8_t kDdcCiChip = 0x37;
 
 }  // namespace
 
-I2cChannel::I2cChannel(std::unique_ptr<I2cDevice> device) : device_(std::move(device)) {}
+I2cChannel::I2cChannel(std::unique_ptr<I2cDevice> device, std::function<void()> onBusy)
+    : device_(std::move(device)), onBusy_(std::move(onBusy)) {}
+
+bool I2cChannel::beginExchange() {
+    if (device_->lock(kBusHoldLimit) == kSysOK) {
+        reportedBusy_ = false;
+        return true;
+    }
+    if (!reportedBusy_ && onBusy_) onBusy_();
+    reportedBusy_ = true;
+    return false;
+}
+
+void I2cChannel::endExchange() {
+    device_->unlock();
+}
 
 SysError I2cChannel::select(std::uint8_t chip) {
     if (slave_ == chip) return kSysOK;

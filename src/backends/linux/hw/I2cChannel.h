@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -19,15 +20,24 @@ namespace lumora::lx {
 // uses I2C_RDWR so the offset write and the read share one transaction (repeated start) and
 // nobody else can move the memory's pointer between them.
 //
+// Each exchange holds the adapter file's advisory lock (flock), as other programs using the
+// bus do, so their transactions and Lumora's never interleave on the wire.
+//
 // Statuses are 0 or the errno of the failed call.
 class I2cChannel final : public AVChannel {
   public:
-    explicit I2cChannel(std::unique_ptr<I2cDevice> device);
+    // Another program may hold the bus this long before an exchange is given up.
+    static constexpr double kBusHoldLimit = 2.0;
+
+    // `onBusy` hears once (again only after the bus was free) that the bus stayed held.
+    explicit I2cChannel(std::unique_ptr<I2cDevice> device, std::function<void()> onBusy = {});
 
     I2CStatus readI2C(std::uint8_t chip, std::uint8_t dataAddress,
                       std::span<std::uint8_t> buffer) override;
     I2CStatus writeI2C(std::uint8_t chip, std::uint8_t dataAddress,
                        std::span<const std::uint8_t> bytes) override;
+    bool beginExchange() override;
+    void endExchange() override;
 
   private:
     SysError select(std::uint8_t chip);
@@ -35,6 +45,8 @@ class I2cChannel final : public AVChannel {
     std::unique_ptr<I2cDevice> device_;
     // The chip I2C_SLAVE last selected, so an exchange does not repeat the ioctl.
     std::optional<std::uint8_t> slave_;
+    std::function<void()> onBusy_;
+    bool reportedBusy_ = false;
 };
 
 }  // namespace lumora::lx

@@ -31,6 +31,10 @@ class I2cDevice {
     virtual SysError write(std::span<const std::uint8_t> bytes) = 0;
     // All messages as one transaction; fails unless every message went through.
     virtual SysError transfer(std::span<const I2cMessage> messages) = 0;
+    // The advisory lock other programs take on the same adapter file, waited for at most
+    // `seconds`; EWOULDBLOCK when it stays taken.
+    virtual SysError lock(double /*seconds*/) { return kSysOK; }
+    virtual void unlock() {}
 };
 
 // Opens adapters by path. Injectable so that a test can put a monitor behind the bus.

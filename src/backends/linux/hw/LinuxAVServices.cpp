@@ -65,9 +65,13 @@ std::shared_ptr<AVChannel> LinuxAVServices::create(const AVServiceEntry& entry) 
         report(bus, openProblem(describe(bus), opened.error));
         return nullptr;
     }
+    const std::string busy =
+        "DDC: " + describe(bus) + " is held by another program for over 2 s; trying again later";
     std::lock_guard guard(mutex_);
     problems_.erase(bus);
-    return std::make_shared<I2cChannel>(std::move(opened.device));
+    return std::make_shared<I2cChannel>(std::move(opened.device), [log = options_.log, busy] {
+        if (log) log(busy);
+    });
 }
 
 std::vector<std::string> LinuxAVServices::problems() const {

@@ -1,11 +1,14 @@
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
+#include <thread>
 #include <vector>
 
 #include "hw/I2cDevice.h"
@@ -17,6 +20,8 @@ namespace {
 // i2c-dev refuses longer messages (and shortens longer plain reads and writes).
 constexpr std::size_t kMaxMessageBytes = 8192;
 constexpr std::size_t kMaxMessages = I2C_RDWR_IOCTL_MAX_MSGS;
+// How often a held bus lock is tried again: short against an exchange of tens of ms.
+constexpr std::chrono::milliseconds kLockRetry{5};
 // A call that moved fewer bytes (or messages) than asked: the chip stopped acknowledging.
 constexpr SysError kShortTransfer = EIO;
 
@@ -78,6 +83,20 @@ class SystemI2cDevice final : public I2cDevice {
         if (done < 0) return lastError();
         return static_cast<std::size_t>(done) == raw.size() ? kSysOK : kShortTransfer;
     }
+
+    SysError lock(double seconds) override {
+        const auto deadline = std::chrono::steady_clock::now() +
+                              std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                  std::chrono::duration<double>(seconds));
+        for (;;) {
+            if (::flock(fd_, LOCK_EX | LOCK_NB) == 0) return kSysOK;
+            if (errno != EWOULDBLOCK && errno != EINTR) return lastError();
+            if (std::chrono::steady_clock::now() >= deadline) return EWOULDBLOCK;
+            std::this_thread::sleep_for(kLockRetry);
+        }
+    }
+
+    void unlock() override { ::flock(fd_, LOCK_UN); }
 
   private:
     int fd_;
