@@ -65,9 +65,9 @@ void DDCService::readEdid() {
     }
 }
 
-void DDCService::useLearnedTiming(const DdcTiming& timing) {
+void DDCService::useLearner(const DdcTimingLearner& learner) {
     std::lock_guard guard(lock_);
-    learner_ = DdcTimingLearner(timing);
+    learner_ = learner;
 }
 
 void DDCService::setTimingListener(TimingListener listener) {
@@ -117,7 +117,7 @@ DdcReading DDCService::readFeature(std::uint8_t code) {
     const auto request = getVcpRequest(code);
     TimingListener listener;
     DdcTimingLearner::Change change = DdcTimingLearner::Change::none;
-    DdcTiming learned;
+    DdcTimingLearner learned;
     {
         std::lock_guard guard(lock_);
         for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
@@ -132,7 +132,7 @@ DdcReading DDCService::readFeature(std::uint8_t code) {
             if (answered) break;
         }
         listener = listener_;
-        learned = learner_.timing();
+        learned = learner_;
     }
     if (listener && change != DdcTimingLearner::Change::none) listener(learned, change);
     return reading;

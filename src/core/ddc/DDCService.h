@@ -48,8 +48,9 @@ struct DdcCounters {
 // milliseconds: keep them off the main thread.
 class DDCService {
   public:
-    // Told when the learned waits settle or step back; runs on the caller's thread.
-    using TimingListener = std::function<void(const DdcTiming&, DdcTimingLearner::Change)>;
+    // Told whenever the learned waits change, with the learning so far; runs on the caller's
+    // thread.
+    using TimingListener = std::function<void(const DdcTimingLearner&, DdcTimingLearner::Change)>;
 
     // Nothing when the platform cannot create the channel. Reads the monitor's EDID numbers;
     // a monitor whose EDID cannot be read keeps a usable channel with zero numbers.
@@ -66,8 +67,8 @@ class DDCService {
     // (current, maximum) of a feature when readFeature() gives them.
     std::optional<std::pair<std::uint16_t, std::uint16_t>> read(std::uint8_t code);
 
-    // Waits learned in an earlier run; the learning goes on from there.
-    void useLearnedTiming(const DdcTiming& timing);
+    // The learning of an earlier channel to the same monitor (an earlier scan or run) goes on.
+    void useLearner(const DdcTimingLearner& learner);
     void setTimingListener(TimingListener listener);
     [[nodiscard]] DdcTiming timing();
     [[nodiscard]] DdcCounters counters();

@@ -14,7 +14,8 @@ DdcTimingLearner::Change DdcTimingLearner::succeeded() {
                             std::max(floor_.replyWait, timing_.replyWait * kStep)};
     if (shorter == timing_) {
         settled_ = true;
-        return Change::settled;
+        // Nothing learned beyond the defaults: nothing to tell.
+        return timing_ == DdcTiming{} ? Change::none : Change::settled;
     }
     lastGood_ = timing_;
     timing_ = shorter;
@@ -22,7 +23,7 @@ DdcTimingLearner::Change DdcTimingLearner::succeeded() {
         settled_ = true;
         return Change::settled;
     }
-    return Change::none;
+    return Change::shortened;
 }
 
 DdcTimingLearner::Change DdcTimingLearner::failed() {

@@ -21,7 +21,7 @@ struct DdcTiming {
 // its owner serialises access.
 class DdcTimingLearner {
   public:
-    enum class Change { none, settled, steppedBack };
+    enum class Change { none, shortened, settled, steppedBack };
 
     // Good exchanges in a row before the waits shrink.
     static constexpr int kLearnAfter = 3;
@@ -35,7 +35,8 @@ class DdcTimingLearner {
     explicit DdcTimingLearner(DdcTiming learned);
 
     [[nodiscard]] const DdcTiming& timing() const { return timing_; }
-    // An exchange with a valid reply; `settled` when the waits have just reached their floor.
+    // An exchange with a valid reply: `shortened` a step, or `settled` when the waits have just
+    // reached their floor.
     Change succeeded();
     // An exchange without a valid reply; `steppedBack` when the waits were shorter than the
     // defaults.

@@ -77,12 +77,17 @@ void DdcControl::rescan() {
     }
     // Read here: the display server belongs to the main thread.
     auto targets = DDC::targets(deps_.server, ids);
-    // Each monitor's key and the waits it learned in an earlier run.
-    std::map<DisplayID, std::pair<std::string, std::optional<DdcTiming>>> timings;
+    // Each monitor's key and its learning so far (this run's, else what an earlier one kept).
+    std::map<DisplayID, std::pair<std::string, DdcTimingLearner>> timings;
     for (DisplayID id : ids) {
         std::string key = deps_.server.persistentKey(id);
-        auto learned = timingMemory_.learned(key);
-        timings.emplace(id, std::pair{std::move(key), learned});
+        DdcTimingLearner learner;
+        if (auto known = learners_.find(key); known != learners_.end()) {
+            learner = known->second;
+        } else if (auto kept = timingMemory_.learned(key)) {
+            learner = DdcTimingLearner(*kept);
+        }
+        timings.emplace(id, std::pair{std::move(key), learner});
     }
     AVServices& av = deps_.av;
     Scheduler& scheduler = deps_.scheduler;
@@ -90,13 +95,13 @@ void DdcControl::rescan() {
                   timings = std::move(timings)] {
         auto services = DDC::services(av, scheduler, targets);
         for (const auto& [id, service] : services) {
-            const auto& [key, learned] = timings.at(id);
-            if (learned) service->useLearnedTiming(*learned);
+            const auto& [key, learner] = timings.at(id);
+            service->useLearner(learner);
             service->setTimingListener(
-                [weak, &main = scheduler.mainQueue(), id, key](const DdcTiming& timing,
+                [weak, &main = scheduler.mainQueue(), id, key](const DdcTimingLearner& learned,
                                                                DdcTimingLearner::Change change) {
-                    main.post([weak, id, key, timing, change] {
-                        if (auto self = weak.lock()) self->learnedTiming(id, key, timing, change);
+                    main.post([weak, id, key, learned, change] {
+                        if (auto self = weak.lock()) self->learnedTiming(id, key, learned, change);
                     });
                 });
         }
@@ -199,8 +204,14 @@ void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
                     std::to_string(raw));
 }
 
-void DdcControl::learnedTiming(DisplayID display, const std::string& key, const DdcTiming& timing,
-                               DdcTimingLearner::Change change) {
+void DdcControl::learnedTiming(DisplayID display, const std::string& key,
+                               const DdcTimingLearner& learner, DdcTimingLearner::Change change) {
+    learners_.insert_or_assign(key, learner);
+    if (change != DdcTimingLearner::Change::settled &&
+        change != DdcTimingLearner::Change::steppedBack) {
+        return;
+    }
+    const DdcTiming& timing = learner.timing();
     timingMemory_.remember(key, timing);
     const auto ms = [](double seconds) { return std::to_string(std::lround(seconds * 1000)); };
     const std::string waits =

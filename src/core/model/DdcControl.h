@@ -130,8 +130,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     void finishAttempt(DisplayID display, std::uint64_t generation,
                        const DdcMemory::Controls& wanted, const RestoreReading& reading);
     void cancelRestore(DisplayID display);
-    // The waits a monitor's channel learned changed: kept for the next start, and said once.
-    void learnedTiming(DisplayID display, const std::string& key, const DdcTiming& timing,
+    // The waits a monitor's channel learned changed: kept for the next scan; settled or
+    // stepped back, also for the next start, and said once.
+    void learnedTiming(DisplayID display, const std::string& key, const DdcTimingLearner& learner,
                        DdcTimingLearner::Change change);
 
     Deps deps_;
@@ -150,6 +151,7 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
 
     DdcMemory memory_;
     DdcTimingMemory timingMemory_;
+    std::map<std::string, DdcTimingLearner> learners_;  // by persistent key
     bool restoring_ = true;
     bool scannedOnce_ = false;  // later new displays are reconnections
     bool wakeScanQueued_ = false;

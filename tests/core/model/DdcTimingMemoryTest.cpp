@@ -1,0 +1,60 @@
+// The waits a monitor's wire needs, learned once and kept across starts.
+#include <gtest/gtest.h>
+
+#include "ModelScenario.h"
+#include "model/DdcTimingMemory.h"
+
+namespace lumora::test {
+namespace {
+
+class LearnedTiming : public ModelScenario {
+  protected:
+    // twinMonitors' display 2 answers in 5 ms; display 3 keeps the usual 40 ms.
+    void startFast() {
+        sim::World world = fixtureWorld("twinMonitors.json");
+        world.displays[0].ddc->replyDelay = 0.005;
+        start(std::move(world));
+    }
+    std::size_t count(const std::string& line) {
+        const auto lines = logged();
+        return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+    }
+};
+
+TEST_F(LearnedTiming, IsLearnedFromTheScansSaidOnceKeptAcrossARestartAndACorruptStoreCostsNothing) {
+    startFast();
+    for (int scan = 0; scan < 12; ++scan) {
+        model->ddc().rescan();
+        clock.advance(5);
+    }
+    const std::string learned =
+        "DDC display 2: learned waits 6 ms before a message, 6 ms for a reply";
+    EXPECT_EQ(count("DDC display 2: an exchange failed; back to 50 ms before a message, 50 ms for "
+                    "a reply"),
+              1u);
+    EXPECT_EQ(count(learned), 1u);
+    const auto stored = defaults.jsonData(DdcTimingMemory::kKey);
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(stored->size(), 1u) << stored->dump() << ": the slow twin learns nothing below 50 ms";
+    const std::string key = stored->begin().key();
+
+    // The next start begins where this one ended: nothing to learn, nothing said.
+    startFast();
+    for (int scan = 0; scan < 3; ++scan) {
+        model->ddc().rescan();
+        clock.advance(5);
+    }
+    EXPECT_EQ(count(learned), 1u);
+    EXPECT_EQ(defaults.jsonData(DdcTimingMemory::kKey), stored);
+
+    // Waits outside what any monitor needs, or not numbers, are dropped: defaults again.
+    defaults.setJsonData(DdcTimingMemory::kKey,
+                         nlohmann::json::parse(R"({")" + key + R"(": [1, 0.5], "x": "fast"})"));
+    DdcTimingMemory corrupt(defaults);
+    EXPECT_EQ(corrupt.learned(key), std::nullopt);
+    EXPECT_EQ(corrupt.learned("x"), std::nullopt);
+    EXPECT_EQ(DdcTimingMemory(defaults).learned("nobody"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace lumora::test
