@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ddc/DDC.h"
+#include "ddc/DdcCapabilities.h"
 #include "ddc/VCP.h"
 #include "display/Brightness.h"
 #include "display/Displays.h"
@@ -66,6 +67,27 @@ json ddcJson(DDCService& service) {
             value ? json{{"value", value->first}, {"max", value->second}} : json(nullptr);
     }
     return controls;
+}
+
+// "0x0f": always two digits, as MCCS writes codes and values.
+std::string hexByte(std::uint8_t byte) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    return {'0', 'x', kDigits[byte >> 4], kDigits[byte & 0x0F]};
+}
+
+// "ddcCapabilities": what the monitor's capabilities string lists; null without one.
+json capabilitiesJson(DDCService& service) {
+    const auto text = service.readCapabilities();
+    const auto parsed = text ? parseCapabilities(*text) : std::nullopt;
+    if (!parsed) return nullptr;
+    json vcp = json::object();
+    for (const auto& [code, values] : parsed->vcp) {
+        json listed = json::array();
+        for (std::uint8_t value : values)
+            listed.push_back(hexByte(value));
+        vcp[hexByte(code)] = std::move(listed);
+    }
+    return {{"model", parsed->model}, {"mccs", parsed->mccs}, {"vcp", std::move(vcp)}};
 }
 
 std::string roles(const json& d) {
@@ -133,6 +155,23 @@ void printDisplay(std::ostream& out, const json& d) {
         }
     }
     out << "\n";
+    const json& caps = d["ddcCapabilities"];
+    if (caps.is_null()) {
+        out << "  capabilities: none\n";
+        return;
+    }
+    out << "  capabilities: model \"" << caps["model"].get<std::string>() << "\", MCCS "
+        << (caps["mccs"].get<std::string>().empty() ? "?" : caps["mccs"].get<std::string>())
+        << ", VCP";
+    for (const auto& [code, values] : caps["vcp"].items()) {
+        out << " " << code.substr(2);
+        if (values.empty()) continue;
+        out << "(";
+        for (std::size_t i = 0; i < values.size(); ++i)
+            out << (i ? " " : "") << values[i].get<std::string>().substr(2);
+        out << ")";
+    }
+    out << "\n";
 }
 
 }  // namespace
@@ -165,7 +204,11 @@ json listing(Platform& platform, Displays& displays, Brightness& brightness, Sle
             }
         }
         json ddc = nullptr;
-        if (auto it = services.find(d.id); it != services.end()) ddc = ddcJson(*it->second);
+        json ddcCapabilities = nullptr;
+        if (auto it = services.find(d.id); it != services.end()) {
+            ddc = ddcJson(*it->second);
+            ddcCapabilities = capabilitiesJson(*it->second);
+        }
         all.push_back({{"id", d.id},
                        {"name", d.name},
                        {"builtin", d.isBuiltin},
@@ -180,7 +223,8 @@ json listing(Platform& platform, Displays& displays, Brightness& brightness, Sle
                        {"mode", d.mode ? modeJson(*d.mode) : json(nullptr)},
                        {"modes", std::move(modes)},
                        {"backlight", backlight},
-                       {"ddc", std::move(ddc)}});
+                       {"ddc", std::move(ddc)},
+                       {"ddcCapabilities", std::move(ddcCapabilities)}});
     }
     return {{"platform", platform.name()},
             {"capabilities", std::move(capabilities)},

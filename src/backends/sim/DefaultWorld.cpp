@@ -43,6 +43,10 @@ WorldDisplay officeMonitor() {
     WorldDdc ddc;
     ddc.vcp = {
         {0x10, {50, 100}}, {0x12, {75, 100}}, {0x62, {30, 100}}, {0x60, {15, 255}}, {0xD6, {1, 5}}};
+    ddc.capabilities =
+        "(prot(monitor)type(lcd)model(Office Monitor)cmds(01 02 03 07 0C E3 F3)"
+        "vcp(02 04 05 08 10 12 14(05 08 0B) 16 18 1A 52 60(0F 11 12) 62 AC AE B2 B6 C6 C8 "
+        "D6(01 04 05) DF)mswhql(1)mccs_ver(2.2))";
     d.ddc = ddc;
     return d;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 namespace lumora::sim {
 
@@ -21,6 +23,10 @@ constexpr std::uint8_t kLengthMask = 0x7F;
 constexpr std::uint8_t kGetVcp = 0x01;
 constexpr std::uint8_t kGetVcpReply = 0x02;
 constexpr std::uint8_t kSetVcp = 0x03;
+constexpr std::uint8_t kCapabilities = 0xF3;
+constexpr std::uint8_t kCapabilitiesReply = 0xE3;
+constexpr std::size_t kCapabilitiesBody = 3;  // opcode, offset (2)
+constexpr std::size_t kFragmentBytes = 32;
 constexpr std::size_t kGetVcpBody = 2;  // opcode, code
 constexpr std::size_t kSetVcpBody = 4;  // opcode, code, value high, value low
 constexpr std::uint8_t kResultNoError = 0x00;
@@ -143,7 +149,12 @@ std::int32_t SimDdcMonitor::write(std::uint8_t chip, std::uint8_t dataAddress,
             const auto value = static_cast<std::uint16_t>((bytes[3] << 8) | bytes[4]);
             found->second.first = std::min(value, found->second.second);
         }
+    } else if (opcode == kCapabilities && body == kCapabilitiesBody) {
+        pendingCode_.reset();
+        pendingFragment_ = static_cast<std::uint16_t>((bytes[2] << 8) | bytes[3]);
+        requestedAt_ = now;
     } else if (opcode == kGetVcp && body == kGetVcpBody) {
+        pendingFragment_.reset();
         const std::uint8_t code = bytes[2];
         // The host retries by asking again; a different code starts a new request.
         if (lastRequestedCode_ != code) failedAttempts_ = 0;
@@ -171,6 +182,18 @@ std::int32_t SimDdcMonitor::read(std::uint8_t chip, std::uint8_t dataAddress,
         return kNotResponding;
     }
 
+    if (const auto fragment = pendingFragment_) {
+        pendingFragment_.reset();
+        if (!config_.capabilities || now - requestedAt_ < config_.replyDelay - kTimeTolerance)
+            return kNotResponding;
+        fragmentReply(*fragment, buffer);
+        if (corruptLeft_ > 0) {
+            --corruptLeft_;
+            buffer[std::min<std::size_t>(kCorruptedByte, buffer.size() - 1)] ^= kCorruptedBit;
+        }
+        lastReplyAt_ = now;
+        return kAcknowledged;
+    }
     const auto pending = pendingCode_;
     pendingCode_.reset();  // every read ends the exchange, answered or not
     if (!pending) return kNotResponding;
@@ -207,6 +230,23 @@ std::int32_t SimDdcMonitor::read(std::uint8_t chip, std::uint8_t dataAddress,
     lastReplyAt_ = now;
     std::copy_n(reply.begin(), std::min(buffer.size(), reply.size()), buffer.begin());
     return kAcknowledged;
+}
+
+void SimDdcMonitor::fragmentReply(std::uint16_t offset, std::span<std::uint8_t> buffer) {
+    const std::string& text = *config_.capabilities;
+    const std::size_t start = std::min<std::size_t>(offset, text.size());
+    const std::size_t count = std::min(kFragmentBytes, text.size() - start);
+    std::vector<std::uint8_t> reply = {kMonitorWriteAddress,
+                                       static_cast<std::uint8_t>(kLengthFlag | (3 + count)),
+                                       kCapabilitiesReply, hi(offset), lo(offset)};
+    reply.insert(reply.end(), text.begin() + static_cast<std::ptrdiff_t>(start),
+                 text.begin() + static_cast<std::ptrdiff_t>(start + count));
+    std::uint8_t checksum = kReplyChecksumSeed;
+    for (std::uint8_t byte : reply)
+        checksum ^= byte;
+    reply.push_back(checksum);
+    std::fill(buffer.begin(), buffer.end(), 0);
+    std::copy_n(reply.begin(), std::min(buffer.size(), reply.size()), buffer.begin());
 }
 
 }  // namespace lumora::sim

@@ -44,6 +44,8 @@ class SimDdcMonitor {
   private:
     // DDC/CI is on in the monitor's menu and the monitor is not just waking.
     [[nodiscard]] bool listens(double now) const;
+    // 6E 80|(3+n) E3 offset data checksum into `buffer`.
+    void fragmentReply(std::uint16_t offset, std::span<std::uint8_t> buffer);
 
     WorldDdc config_;
     std::array<std::uint8_t, 128> edid_;
@@ -58,6 +60,8 @@ class SimDdcMonitor {
     double deafUntil_ = 0;
     // When its last reply went out (quietTime counts from there), and corruptions left to make.
     double lastReplyAt_ = -1e9;
+    // The capabilities fragment asked for, by offset.
+    std::optional<std::uint16_t> pendingFragment_;
     int corruptLeft_ = 0;
 };
 

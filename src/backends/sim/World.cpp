@@ -65,7 +65,7 @@ WorldDdc readDdc(const json& value, const std::string& path) {
     expectObject(value, path);
     onlyKeys(value, path,
              {"answers", "edid", "failFirst", "forgetsOnWake", "wakeDeafSeconds", "replyDelay",
-              "quietTime", "corruptReplies", "vcp"});
+              "quietTime", "corruptReplies", "capabilities", "vcp"});
     WorldDdc ddc;
     if (auto* v = optionalKey(value, "answers"))
         ddc.answers = readBool(*v, keyPath(path, "answers"));
@@ -85,6 +85,10 @@ WorldDdc readDdc(const json& value, const std::string& path) {
     if (auto* v = optionalKey(value, "corruptReplies")) {
         ddc.corruptReplies =
             readInteger<int>(*v, keyPath(path, "corruptReplies"), 0, kFailFirstLimit);
+    }
+    if (auto* v = optionalKey(value, "capabilities")) {
+        if (!v->is_string()) fail(keyPath(path, "capabilities"), "expected a string");
+        ddc.capabilities = v->get<std::string>();
     }
     if (auto* v = optionalKey(value, "vcp")) {
         const std::string vcpPath = keyPath(path, "vcp");

@@ -36,6 +36,7 @@ struct WorldDdc {
     double replyDelay = 0.040;   // a reply is ready this long after its request
     double quietTime = 0;        // messages sooner than this after its last reply are ignored
     int corruptReplies = 0;      // the first N replies carry a flipped bit (checksum kept)
+    std::optional<std::string> capabilities;  // answered in fragments; absent: not answered
     // code -> (current, maximum); default brightness/contrast/volume 50/75/30 of 100
     std::map<std::uint8_t, std::pair<std::uint16_t, std::uint16_t>> vcp{
         {0x10, {50, 100}}, {0x12, {75, 100}}, {0x62, {30, 100}}};

@@ -1,6 +1,8 @@
 #include "ddc/DDCService.h"
 
 #include <array>
+#include <string>
+#include <vector>
 
 namespace lumora {
 
@@ -13,6 +15,8 @@ constexpr int kReadAttempts = 3;
 constexpr int kWriteTransmissions = 2;
 
 constexpr std::int32_t kStatusOK = 0;
+// Real capabilities strings are a few hundred bytes; past this the monitor is babbling.
+constexpr std::size_t kCapabilitiesLimit = 4096;
 
 // Holds the bus for one exchange; released however the exchange ends.
 class Exchange {
@@ -136,6 +140,68 @@ DdcReading DDCService::readFeature(std::uint8_t code) {
     }
     if (listener && change != DdcTimingLearner::Change::none) listener(learned, change);
     return reading;
+}
+
+std::optional<std::string> DDCService::readCapabilities() {
+    if (!canRead_ || !canWrite_) return std::nullopt;
+    std::optional<std::string> result;
+    DdcTimingLearner::Change change = DdcTimingLearner::Change::none;
+    TimingListener listener;
+    DdcTimingLearner learned;
+    {
+        std::lock_guard guard(lock_);
+        std::string text;
+        while (text.size() <= kCapabilitiesLimit) {
+            auto fragment = readFragment(static_cast<std::uint16_t>(text.size()), change);
+            if (!fragment) break;
+            if (fragment->empty()) {
+                result = std::move(text);
+                break;
+            }
+            text.append(fragment->begin(), fragment->end());
+        }
+        listener = listener_;
+        learned = learner_;
+    }
+    if (listener && change != DdcTimingLearner::Change::none) listener(learned, change);
+    return result;
+}
+
+std::optional<std::vector<std::uint8_t>> DDCService::readFragment(
+    std::uint16_t offset, DdcTimingLearner::Change& change) {
+    const auto request = capabilitiesRequest(offset);
+    // Like a read: a valid fragment teaches that the waits work, a missing or invalid one
+    // that they may be too short.
+    const auto learn = [&](bool answered) {
+        const auto step = answered ? learner_.succeeded() : learner_.failed();
+        if (step != DdcTimingLearner::Change::none) change = step;
+    };
+    for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
+        ++counters_.attempts;
+        const DdcTiming timing = learner_.timing();
+        sleeper_.sleep(timing.quiet);
+        Exchange exchange(*channel_);
+        if (!exchange.held()) {
+            ++counters_.busyBus;
+            continue;
+        }
+        std::array<std::uint8_t, kCapabilitiesReplyMaxSize> reply{};
+        bool delivered = channel_->writeI2C(kDdcChip, kDdcDataAddress, request) == kStatusOK;
+        if (delivered) {
+            sleeper_.sleep(timing.replyWait);
+            delivered = channel_->readI2C(kDdcChip, kDdcDataAddress, reply) == kStatusOK;
+        }
+        if (!delivered) {
+            ++counters_.noReplies;
+            learn(false);
+            continue;
+        }
+        auto fragment = checkCapabilitiesFragment(reply, offset);
+        learn(fragment.data.has_value());
+        if (fragment.data) return fragment.data;
+        ++counters_.invalidReplies;
+    }
+    return std::nullopt;
 }
 
 DdcReading DDCService::attemptRead(std::uint8_t code, std::span<const std::uint8_t> request) {

@@ -17,6 +17,10 @@ constexpr std::uint8_t kIdleBus = 0xFF;
 constexpr std::size_t kReplySourceAt = 0;
 constexpr std::size_t kReplyLengthAt = 1;
 constexpr std::size_t kReplyOpcodeAt = 2;
+constexpr std::uint8_t kCapabilitiesRequestBodySize = 3;  // opcode, offset (2)
+constexpr std::size_t kFragmentHeaderSize = 3;            // opcode, offset (2)
+constexpr std::size_t kFragmentOffsetAt = 3;
+constexpr std::size_t kFragmentDataAt = 5;
 constexpr std::size_t kReplyResultAt = 3;
 constexpr std::size_t kReplyCodeAt = 4;
 constexpr std::size_t kReplyMaximumAt = 6;
@@ -107,6 +111,43 @@ std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
     const VcpReply checked = checkVcpReply(reply, code);
     if (checked.kind != VcpReply::Kind::ok) return std::nullopt;
     return std::pair{checked.current, checked.maximum};
+}
+
+std::array<std::uint8_t, 5> capabilitiesRequest(std::uint16_t offset) {
+    std::array<std::uint8_t, 5> packet = {kDdcLengthFlag | kCapabilitiesRequestBodySize,
+                                          kCapabilitiesRequestOpcode, highByte(offset),
+                                          lowByte(offset), 0};
+    packet.back() = ddcChecksum(std::span(packet).first(packet.size() - 1));
+    return packet;
+}
+
+CapabilitiesFragment checkCapabilitiesFragment(std::span<const std::uint8_t> reply,
+                                               std::uint16_t offset) {
+    CapabilitiesFragment out;
+    const auto invalid = [&out](const char* fault) {
+        out.fault = fault;
+        return out;
+    };
+    if (reply.size() < kReplyLengthAt + 1) return invalid("short reply");
+    if (std::all_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b == kIdleBus; }))
+        return invalid("no data (all 0xFF)");
+    if (reply[kReplySourceAt] != kDdcReplySource) return invalid("wrong source address");
+    if (reply[kReplyLengthAt] == kDdcLengthFlag) return invalid("null message");
+    const std::size_t body = reply[kReplyLengthAt] & ~kDdcLengthFlag;
+    if ((reply[kReplyLengthAt] & kDdcLengthFlag) == 0 || body < kFragmentHeaderSize ||
+        body > kFragmentHeaderSize + kCapabilitiesFragmentMax ||
+        reply.size() < kReplyLengthAt + 1 + body + 1) {
+        return invalid("wrong length");
+    }
+    const std::size_t checksumAt = kReplyLengthAt + 1 + body;
+    std::uint8_t sum = kDdcVirtualHostAddress;
+    for (std::size_t i = 0; i < checksumAt; ++i)
+        sum ^= reply[i];
+    if (sum != reply[checksumAt]) return invalid("bad checksum");
+    if (reply[kReplyOpcodeAt] != kCapabilitiesReplyOpcode) return invalid("wrong opcode");
+    if (bigEndian16(reply, kFragmentOffsetAt) != offset) return invalid("another offset");
+    out.data.emplace(reply.begin() + kFragmentDataAt, reply.begin() + checksumAt);
+    return out;
 }
 
 std::optional<EdidIds> parseEdidIds(std::span<const std::uint8_t> edid) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace lumora {
 
@@ -65,6 +66,25 @@ VcpReply checkVcpReply(std::span<const std::uint8_t> reply, std::uint8_t code);
 // (current, maximum) of a valid reply that carries a value; nothing otherwise.
 std::optional<std::pair<std::uint16_t, std::uint16_t>> parseVcpReply(
     std::span<const std::uint8_t> reply, std::uint8_t code);
+
+// Capabilities Request: 83 F3 offset-hi offset-lo checksum. The reply is a fragment of the
+// string at that offset: 6E 80|(3+n) E3 offset-hi offset-lo data[n] checksum, n at most 32;
+// an empty fragment ends the string.
+inline constexpr std::uint8_t kCapabilitiesRequestOpcode = 0xF3;
+inline constexpr std::uint8_t kCapabilitiesReplyOpcode = 0xE3;
+inline constexpr std::size_t kCapabilitiesFragmentMax = 32;
+inline constexpr std::size_t kCapabilitiesReplyMaxSize = kCapabilitiesFragmentMax + 6;
+
+std::array<std::uint8_t, 5> capabilitiesRequest(std::uint16_t offset);
+
+// One fragment's bytes, or nothing with the reason (the same checks as a VCP reply, and the
+// offset must be the one asked for).
+struct CapabilitiesFragment {
+    std::optional<std::vector<std::uint8_t>> data;
+    const char* fault = "";
+};
+CapabilitiesFragment checkCapabilitiesFragment(std::span<const std::uint8_t> reply,
+                                               std::uint16_t offset);
 
 // The three EDID numbers the display server reports for the same monitor.
 struct EdidIds {
