@@ -37,7 +37,7 @@ TEST(ListBlackBox, JsonListingHasStableKeysAndTheValuesReadOverDdc) {
 
     const std::set<std::string> displayKeys = {
         "id",    "name",   "builtin",  "main", "virtual", "online",    "asleep", "vendor",
-        "model", "serial", "rotation", "mode", "modes",   "backlight", "ddc"};
+        "model", "serial", "rotation", "mode", "modes",   "backlight", "ddc",    "ddcCapabilities"};
     for (const json& d : listing["displays"]) {
         std::set<std::string> keys;
         for (const auto& [key, value] : d.items())
@@ -63,7 +63,15 @@ TEST(ListBlackBox, JsonListingHasStableKeysAndTheValuesReadOverDdc) {
     EXPECT_EQ(office["ddc"], (json{{"brightness", {{"value", 50}, {"max", 100}}},
                                    {"contrast", {{"value", 75}, {"max", 100}}},
                                    {"volume", {{"value", 30}, {"max", 100}}}}));
+    // What its capabilities string lists: codes with the values it names, two hex digits each.
+    const json& caps = office["ddcCapabilities"];
+    EXPECT_EQ(caps["model"], "Office Monitor");
+    EXPECT_EQ(caps["mccs"], "2.2");
+    EXPECT_EQ(caps["vcp"]["0x10"], json::array());
+    EXPECT_EQ(caps["vcp"]["0x60"], (json{"0x0f", "0x11", "0x12"}));
+    EXPECT_EQ(caps["vcp"].size(), 21u);
     EXPECT_EQ(listing["displays"][2]["ddc"], nullptr);  // a monitor without DDC/CI
+    EXPECT_EQ(listing["displays"][2]["ddcCapabilities"], nullptr);
 }
 
 TEST(ListBlackBox, BrokenWorldFileGivesOneErrorLineAndStatusTwo) {
