@@ -1,6 +1,33 @@
 #include "CardShape.h"
 
+#include "ddc/VCP.h"
+
 namespace lumora::ui {
+
+namespace {
+
+// A monitor that lists its codes gets the rows and menus of those only; one without a
+// usable capabilities string gets them all, as monitors mostly have them.
+void ddcControls(CardShape& shape, const std::optional<DdcCapabilities>& caps) {
+    const auto listed = [&caps](VCP vcp) { return !caps || caps->lists(code(vcp)); };
+    shape.contrast = listed(VCP::contrast);
+    shape.volume = listed(VCP::volume);
+    shape.power = listed(VCP::power);
+    if (!listed(VCP::input)) return;
+    // The sources the monitor names, under their MCCS names; a bare code names none.
+    if (caps && !caps->vcp.at(code(VCP::input)).empty()) {
+        for (std::uint8_t value : caps->vcp.at(code(VCP::input)))
+            shape.inputs.emplace_back(QString::fromStdString(inputSourceName(value)), value);
+        return;
+    }
+    for (const DdcInput& source : ddcInputs) {
+        shape.inputs.emplace_back(
+            QString::fromUtf8(source.label.data(), static_cast<qsizetype>(source.label.size())),
+            source.value);
+    }
+}
+
+}  // namespace
 
 CardShape cardShape(const DisplayInfo& display, const CardFacts& facts) {
     CardShape shape;
@@ -32,6 +59,7 @@ CardShape cardShape(const DisplayInfo& display, const CardFacts& facts) {
     shape.colour = facts.can.gamma;
     shape.brightness = facts.brightness;
     shape.ddc = facts.brightness == BrightnessPath::ddc;
+    if (shape.ddc) ddcControls(shape, facts.ddcCapabilities);
     // The hint about the monitor's DDC/CI setting means nothing for a virtual display.
     shape.softwareCaption = facts.brightness == BrightnessPath::software && !display.isVirtual;
     return shape;

@@ -3,6 +3,12 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "ddc/DdcCapabilities.h"
 #include "display/DisplayInfo.h"
 #include "lid/LidMode.h"
 #include "model/BrightnessControl.h"
@@ -17,6 +23,8 @@ struct CardFacts {
     bool hidpiOn = false;
     LidMode lidMode = LidMode::unknown;
     Capabilities can;
+    // What the monitor's capabilities string lists; nothing when it gave none that parses.
+    std::optional<DdcCapabilities> ddcCapabilities;
 };
 
 // Everything about a display card that decides which widgets it has. A card is rebuilt only
@@ -31,7 +39,12 @@ struct CardShape {
     bool controls = false;  // sliders, mode and more menus, colour: online displays only
     BrightnessPath brightness = BrightnessPath::software;
     bool softwareCaption = false;
-    bool ddc = false;  // contrast and volume rows, the DDC submenus
+    bool ddc = false;  // the DDC rows and submenus below, as far as the monitor lists them
+    bool contrast = false;
+    bool volume = false;
+    bool power = false;
+    // The "Вход" menu: name and VCP 0x60 value of each input source; empty: no menu.
+    std::vector<std::pair<QString, std::uint16_t>> inputs;
     bool hidpi = false;
     bool modes = false;   // the mode menu
     bool colour = false;  // the fold-out colour controls (software colour needs gamma)

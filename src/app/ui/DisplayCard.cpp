@@ -121,9 +121,12 @@ void DisplayCard::buildSliders() {
         layout()->addWidget(row);
         return row;
     };
-    contrast_ =
-        ddcRow(QStringLiteral("circle.lefthalf.filled"), QStringLiteral("contrast"), VCP::contrast);
-    volume_ = ddcRow(QStringLiteral("speaker.wave.2"), QStringLiteral("volume"), VCP::volume);
+    if (shape_.contrast) {
+        contrast_ = ddcRow(QStringLiteral("circle.lefthalf.filled"), QStringLiteral("contrast"),
+                           VCP::contrast);
+    }
+    if (shape_.volume)
+        volume_ = ddcRow(QStringLiteral("speaker.wave.2"), QStringLiteral("volume"), VCP::volume);
 }
 
 void DisplayCard::buildControls() {

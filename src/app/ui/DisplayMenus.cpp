@@ -97,15 +97,16 @@ void fillMoreMenu(QMenu& menu, UiContext& context, const CardShape& shape) {
 
     // Only a monitor that answered over DDC/CI gets the commands: elsewhere they would go
     // nowhere without a word.
-    if (shape.ddc) {
-        QMenu* input = menu.addMenu(QStringLiteral("Вход (DDC)"));
-        for (const DdcInput& source : ddcInputs) {
-            QAction* action = input->addAction(QString::fromUtf8(
-                source.label.data(), static_cast<qsizetype>(source.label.size())));
-            QObject::connect(
-                action, &QAction::triggered, &menu,
-                [&model, id, value = source.value] { model.ddc().send(id, VCP::input, value); });
+    if (shape.ddc && !shape.inputs.empty()) {
+        QMenu* input = menu.addMenu(QStringLiteral("Вход"));
+        input->setObjectName(QStringLiteral("inputs"));
+        for (const auto& [title, value] : shape.inputs) {
+            QAction* action = input->addAction(title);
+            QObject::connect(action, &QAction::triggered, &menu,
+                             [&model, id, raw = value] { model.ddc().send(id, VCP::input, raw); });
         }
+    }
+    if (shape.ddc && shape.power) {
         QMenu* power = menu.addMenu(QStringLiteral("Питание (DDC)"));
         const std::array<std::pair<QString, std::uint16_t>, 2> modes{{
             {QStringLiteral("Включить"), kDdcPowerOn},

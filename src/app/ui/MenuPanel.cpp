@@ -164,6 +164,10 @@ void MenuPanel::updateCards() {
         facts.hidpiOn = model.hidpiOn()->contains(display.id);
         facts.lidMode = model.lidMode().get();
         facts.can = model.capabilities();
+        if (auto caps = model.ddc().capabilities()->find(display.id);
+            caps != model.ddc().capabilities()->end()) {
+            facts.ddcCapabilities = caps->second;
+        }
         CardShape shape = cardShape(display, facts);
 
         DisplayCard* card = nullptr;

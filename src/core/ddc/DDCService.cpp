@@ -144,41 +144,24 @@ DdcReading DDCService::readFeature(std::uint8_t code) {
 
 std::optional<std::string> DDCService::readCapabilities() {
     if (!canRead_ || !canWrite_) return std::nullopt;
-    std::optional<std::string> result;
-    DdcTimingLearner::Change change = DdcTimingLearner::Change::none;
-    TimingListener listener;
-    DdcTimingLearner learned;
-    {
-        std::lock_guard guard(lock_);
-        std::string text;
-        while (text.size() <= kCapabilitiesLimit) {
-            auto fragment = readFragment(static_cast<std::uint16_t>(text.size()), change);
-            if (!fragment) break;
-            if (fragment->empty()) {
-                result = std::move(text);
-                break;
-            }
-            text.append(fragment->begin(), fragment->end());
-        }
-        listener = listener_;
-        learned = learner_;
+    std::lock_guard guard(lock_);
+    std::string text;
+    while (text.size() <= kCapabilitiesLimit) {
+        auto fragment = readFragment(static_cast<std::uint16_t>(text.size()));
+        if (!fragment) return std::nullopt;
+        if (fragment->empty()) return text;
+        text.append(fragment->begin(), fragment->end());
     }
-    if (listener && change != DdcTimingLearner::Change::none) listener(learned, change);
-    return result;
+    return std::nullopt;
 }
 
-std::optional<std::vector<std::uint8_t>> DDCService::readFragment(
-    std::uint16_t offset, DdcTimingLearner::Change& change) {
+std::optional<std::vector<std::uint8_t>> DDCService::readFragment(std::uint16_t offset) {
     const auto request = capabilitiesRequest(offset);
-    // Like a read: a valid fragment teaches that the waits work, a missing or invalid one
-    // that they may be too short.
-    const auto learn = [&](bool answered) {
-        const auto step = answered ? learner_.succeeded() : learner_.failed();
-        if (step != DdcTimingLearner::Change::none) change = step;
-    };
+    // Read once per monitor, and many monitors do not answer at all: at the default waits,
+    // which suit every monitor, and without teaching the learner anything.
+    const DdcTiming timing;
     for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
         ++counters_.attempts;
-        const DdcTiming timing = learner_.timing();
         sleeper_.sleep(timing.quiet);
         Exchange exchange(*channel_);
         if (!exchange.held()) {
@@ -193,11 +176,9 @@ std::optional<std::vector<std::uint8_t>> DDCService::readFragment(
         }
         if (!delivered) {
             ++counters_.noReplies;
-            learn(false);
             continue;
         }
         auto fragment = checkCapabilitiesFragment(reply, offset);
-        learn(fragment.data.has_value());
         if (fragment.data) return fragment.data;
         ++counters_.invalidReplies;
     }

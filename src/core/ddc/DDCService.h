@@ -68,9 +68,9 @@ class DDCService {
     // (current, maximum) of a feature when readFeature() gives them.
     std::optional<std::pair<std::uint16_t, std::uint16_t>> read(std::uint8_t code);
 
-    // The monitor's capabilities string, fragment by fragment until an empty one; each
-    // fragment validated and retried like a read. Nothing when a fragment never comes valid
-    // or the string runs past any real one.
+    // The monitor's capabilities string, fragment by fragment until an empty one, at the
+    // default waits; each fragment validated and retried like a read. Nothing when a fragment never
+    // comes valid or the string runs past any real one.
     std::optional<std::string> readCapabilities();
 
     // The learning of an earlier channel to the same monitor (an earlier scan or run) goes on.
@@ -89,8 +89,7 @@ class DDCService {
     void readEdid();
     // One request and its reply; the lock is held.
     DdcReading attemptRead(std::uint8_t code, std::span<const std::uint8_t> request);
-    std::optional<std::vector<std::uint8_t>> readFragment(std::uint16_t offset,
-                                                          DdcTimingLearner::Change& change);
+    std::optional<std::vector<std::uint8_t>> readFragment(std::uint16_t offset);
 
     std::shared_ptr<AVChannel> channel_;
     // The platform's read and write entry points are bound once; a missing one stays missing.

@@ -26,9 +26,11 @@ DdcControl::DdcControl(Passkey, Deps deps, const Signal* willChange)
     : deps_(deps),
       values_({}, willChange),
       available_({}, willChange),
+      capabilities_({}, willChange),
       queue_(deps.scheduler.makeSerialQueue(kQueueLabel)),
       memory_(deps.defaults),
-      timingMemory_(deps.defaults) {}
+      timingMemory_(deps.defaults),
+      capabilityMemory_(deps.defaults) {}
 
 // Pending writes hold only their channel and value: they still reach the monitor.
 DdcControl::~DdcControl() {
@@ -79,6 +81,7 @@ void DdcControl::rescan() {
     auto targets = DDC::targets(deps_.server, ids);
     // Each monitor's key and its learning so far (this run's, else what an earlier one kept).
     std::map<DisplayID, std::pair<std::string, DdcTimingLearner>> timings;
+    std::set<DisplayID> askCapabilities;  // once per monitor: the answer is kept
     for (DisplayID id : ids) {
         std::string key = deps_.server.persistentKey(id);
         DdcTimingLearner learner;
@@ -87,12 +90,14 @@ void DdcControl::rescan() {
         } else if (auto kept = timingMemory_.learned(key)) {
             learner = DdcTimingLearner(*kept);
         }
+        if (!capabilityMemory_.known(key) && capabilitiesAsked_.insert(key).second)
+            askCapabilities.insert(id);
         timings.emplace(id, std::pair{std::move(key), learner});
     }
     AVServices& av = deps_.av;
     Scheduler& scheduler = deps_.scheduler;
     queue_->post([weak = weak_from_this(), targets = std::move(targets), ids, &av, &scheduler,
-                  timings = std::move(timings)] {
+                  timings = std::move(timings), askCapabilities = std::move(askCapabilities)] {
         auto services = DDC::services(av, scheduler, targets);
         for (const auto& [id, service] : services) {
             const auto& [key, learner] = timings.at(id);
@@ -114,12 +119,41 @@ void DdcControl::rescan() {
                 entry[code(vcp)] = static_cast<double>(reply->first) / reply->second;
             }
         }
-        scheduler.mainQueue().post(
-            [weak, services = std::move(services), values = std::move(values), ids]() mutable {
-                if (auto self = weak.lock())
-                    self->publish(std::move(services), std::move(values), ids);
-            });
+        scheduler.mainQueue().post([weak, services, values = std::move(values), ids]() mutable {
+            if (auto self = weak.lock()) self->publish(std::move(services), std::move(values), ids);
+        });
+        // After the values: the sliders must not wait for strings read once per monitor.
+        std::map<DisplayID, std::string> capabilityTexts;
+        for (const auto& [id, service] : services) {
+            if (!askCapabilities.contains(id)) continue;
+            if (auto text = service->readCapabilities())
+                capabilityTexts.emplace(id, std::move(*text));
+        }
+        if (capabilityTexts.empty()) return;
+        scheduler.mainQueue().post([weak, texts = std::move(capabilityTexts)] {
+            if (auto self = weak.lock()) self->capabilitiesRead(texts);
+        });
     });
+}
+
+void DdcControl::capabilitiesRead(const std::map<DisplayID, std::string>& texts) {
+    for (const auto& [id, text] : texts) {
+        auto key = keys_.find(id);
+        if (key == keys_.end()) continue;  // gone since
+        if (!capabilityMemory_.remember(key->second, text)) {
+            deps_.log.write("DDC display " + std::to_string(id) +
+                            ": its capabilities string does not parse; every control offered");
+        }
+    }
+    publishCapabilities();
+}
+
+void DdcControl::publishCapabilities() {
+    std::map<DisplayID, DdcCapabilities> capabilities;
+    for (const auto& [id, key] : keys_) {
+        if (auto known = capabilityMemory_.known(key)) capabilities.emplace(id, std::move(*known));
+    }
+    capabilities_.set(std::move(capabilities));
 }
 
 void DdcControl::scanNewDisplays() {
@@ -144,6 +178,7 @@ void DdcControl::publish(Services services, Values values, const std::vector<Dis
     keys_.clear();
     for (const auto& [id, service] : services_)
         keys_.emplace(id, deps_.server.persistentKey(id));
+    publishCapabilities();
     std::set<DisplayID> answering;
     for (const auto& [id, codes] : values) {
         if (!codes.empty()) answering.insert(id);

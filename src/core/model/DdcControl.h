@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "ddc/DDCService.h"
+#include "ddc/DdcCapabilities.h"
 #include "ddc/VCP.h"
 #include "log/Log.h"
+#include "model/DdcCapabilityMemory.h"
 #include "model/DdcMemory.h"
 #include "model/DdcTimingMemory.h"
 #include "model/Observable.h"
@@ -67,6 +69,10 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // Displays whose channel answered at least one read in the last scan.
     [[nodiscard]] const Published<std::set<DisplayID>>& available() const { return available_; }
     [[nodiscard]] bool hasChannel(DisplayID display) const { return services_.contains(display); }
+    // What each monitor's capabilities string lists, for monitors that gave a parsable one.
+    [[nodiscard]] const Published<std::map<DisplayID, DdcCapabilities>>& capabilities() const {
+        return capabilities_;
+    }
     // The normalised value last known, if any.
     [[nodiscard]] std::optional<double> value(DisplayID display, VCP vcp) const;
 
@@ -124,6 +130,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
 
     [[nodiscard]] std::vector<DisplayID> candidates() const;
     void publish(Services services, Values values, const std::vector<DisplayID>& scanned);
+    // Capabilities strings read in a scan: kept per monitor, then published with the rest.
+    void capabilitiesRead(const std::map<DisplayID, std::string>& texts);
+    void publishCapabilities();
     void releaseWaiters();
     void startRestore(DisplayID display, RestoreCause cause);
     void attemptRestore(DisplayID display);
@@ -138,6 +147,7 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     Deps deps_;
     Published<Values> values_;
     Published<std::set<DisplayID>> available_;
+    Published<std::map<DisplayID, DdcCapabilities>> capabilities_;
     Services services_;
     // Each channel's persistent key, read once when the channels are published: a slider step
     // must not ask the display server (a round trip on some servers).
@@ -152,6 +162,10 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     DdcMemory memory_;
     DdcTimingMemory timingMemory_;
     std::map<std::string, DdcTimingLearner> learners_;  // by persistent key
+    DdcCapabilityMemory capabilityMemory_;
+    // Monitors asked for their capabilities in this run: one without an answer is not asked at
+    // every scan.
+    std::set<std::string> capabilitiesAsked_;
     bool restoring_ = true;
     bool scannedOnce_ = false;  // later new displays are reconnections
     bool wakeScanQueued_ = false;

@@ -143,16 +143,18 @@ TEST_F(DisplayCardTest, MoreMenuCommandsReachTheDisplays) {
     QMenu& ddc = moreMenu(2);
     EXPECT_EQ(entries(ddc),
               (QStringList{"HiDPI (чёткий Retina-режим)", "Сделать главным", "Зеркалировать на",
-                           "Вход (DDC)", "Питание (DDC)", "ID 2 · вендор 4268 · модель 41234"}));
+                           "Вход", "Питание (DDC)", "ID 2 · вендор 4268 · модель 41234"}));
     EXPECT_FALSE(entry(ddc, "ID 2 · вендор 4268 · модель 41234")->isEnabled());
     EXPECT_EQ(entries(*submenu(ddc, "Зеркалировать на")),
               (QStringList{"Built-in Retina Display", "Projector", "Не зеркалировать"}));
-    entry(*submenu(ddc, "Вход (DDC)"), "HDMI 1")->trigger();
+    // The inputs its capabilities string names, by their MCCS names.
+    EXPECT_EQ(entries(*submenu(ddc, "Вход")), (QStringList{"DisplayPort 1", "HDMI 1", "HDMI 2"}));
+    entry(*submenu(ddc, "Вход"), "HDMI 1")->trigger();
     entry(*submenu(ddc, "Питание (DDC)"), "Режим ожидания")->trigger();
     clock.advance(0.5);
     EXPECT_EQ(wireVcp(2, "0x60"), 0x11);
     EXPECT_EQ(wireVcp(2, "0xd6"), 4);
-    EXPECT_EQ(submenu(moreMenu(3), "Вход (DDC)"), nullptr) << "DDC only for DDC monitors";
+    EXPECT_EQ(submenu(moreMenu(3), "Вход"), nullptr) << "DDC only for DDC monitors";
 
     entry(moreMenu(2), "Сделать главным")->trigger();
     settle();
@@ -223,7 +225,21 @@ TEST_F(DisplayCardWorldTest, SilentDdcMeansSoftwareAndNoDisconnectMeansNoSwitchO
     EXPECT_NE(silent->softwareCaption(), nullptr);
     EXPECT_EQ(silent->contrastRow(), nullptr);
     Q_EMIT silent->moreMenu()->aboutToShow();
-    EXPECT_EQ(submenu(*silent->moreMenu(), "Вход (DDC)"), nullptr);
+    EXPECT_EQ(submenu(*silent->moreMenu(), "Вход"), nullptr);
+}
+
+TEST_F(DisplayCardWorldTest, AMonitorThatListsItsCodesGetsOnlyThoseControls) {
+    sim::World world = fixtureWorld("laptopAndExternal.json");
+    world.displays[1].ddc->capabilities = "(prot(monitor)model(Lean)vcp(10 12 60(11 12 1B)))";
+    startOn(std::move(world));
+    ui::DisplayCard* lean = panel().card(2);
+    ASSERT_NE(lean, nullptr);
+    EXPECT_NE(lean->contrastRow(), nullptr);
+    EXPECT_EQ(lean->volumeRow(), nullptr) << "no 62 in its list";
+    Q_EMIT lean->moreMenu()->aboutToShow();
+    EXPECT_EQ(submenu(*lean->moreMenu(), "Питание (DDC)"), nullptr) << "no D6 in its list";
+    EXPECT_EQ(entries(*submenu(*lean->moreMenu(), "Вход")),
+              (QStringList{"HDMI 1", "HDMI 2", "0x1b"}));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ModelScenario.h"
+#include "model/DdcCapabilityMemory.h"
 #include "model/DdcTimingMemory.h"
 
 namespace lumora::test {
@@ -54,6 +55,31 @@ TEST_F(LearnedTiming, IsLearnedFromTheScansSaidOnceKeptAcrossARestartAndACorrupt
     EXPECT_EQ(corrupt.learned(key), std::nullopt);
     EXPECT_EQ(corrupt.learned("x"), std::nullopt);
     EXPECT_EQ(DdcTimingMemory(defaults).learned("nobody"), std::nullopt);
+}
+
+TEST_F(LearnedTiming, CapabilitiesAreAskedOncePerMonitorNotOncePerStartOrScan) {
+    sim::World world = fixtureWorld("twinMonitors.json");
+    world.displays[0].ddc->capabilities = "(prot(monitor)model(Twin)vcp(10 12))";
+    const auto requests = [this] {
+        std::size_t count = 0;
+        for (const auto& e : machine->wire())
+            count += e.bytes.size() == 5 && e.bytes[1] == 0xF3;
+        return count;
+    };
+    start(world);
+    model->ddc().rescan();
+    clock.advance(5);
+    // The first twin answers in two fragments and an empty one; the second has none and is
+    // asked once (three attempts), not at every scan.
+    EXPECT_EQ(requests(), 3u + 3u);
+    const nlohmann::json stored = {{"4268-41234-1001", "(prot(monitor)model(Twin)vcp(10 12))"}};
+    EXPECT_EQ(defaults.jsonData(DdcCapabilityMemory::kKey), stored);
+    EXPECT_EQ(model->ddc().capabilities()->at(2).model, "Twin");
+    EXPECT_FALSE(model->ddc().capabilities()->contains(3));
+
+    start(world);  // the same settings: only the twin without one is asked again
+    EXPECT_EQ(requests(), 3u);
+    EXPECT_EQ(model->ddc().capabilities()->at(2).vcp.size(), 2u);
 }
 
 }  // namespace
