@@ -142,6 +142,27 @@ DdcReading DDCService::readFeature(std::uint8_t code) {
     return reading;
 }
 
+DDCService::Asked DDCService::ask(std::span<const std::uint8_t> request,
+                                  std::span<std::uint8_t> reply, const DdcTiming& timing) {
+    ++counters_.attempts;
+    sleeper_.sleep(timing.quiet);
+    Exchange exchange(*channel_);
+    if (!exchange.held()) {
+        ++counters_.busyBus;
+        return Asked::busBusy;
+    }
+    bool delivered = channel_->writeI2C(kDdcChip, kDdcDataAddress, request) == kStatusOK;
+    if (delivered) {
+        sleeper_.sleep(timing.replyWait);
+        delivered = channel_->readI2C(kDdcChip, kDdcDataAddress, reply) == kStatusOK;
+    }
+    if (!delivered) {
+        ++counters_.noReplies;
+        return Asked::noReply;
+    }
+    return Asked::answered;
+}
+
 std::optional<std::string> DDCService::readCapabilities() {
     if (!canRead_ || !canWrite_) return std::nullopt;
     std::lock_guard guard(lock_);
@@ -161,23 +182,8 @@ std::optional<std::vector<std::uint8_t>> DDCService::readFragment(std::uint16_t 
     // which suit every monitor, and without teaching the learner anything.
     const DdcTiming timing;
     for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
-        ++counters_.attempts;
-        sleeper_.sleep(timing.quiet);
-        Exchange exchange(*channel_);
-        if (!exchange.held()) {
-            ++counters_.busyBus;
-            continue;
-        }
         std::array<std::uint8_t, kCapabilitiesReplyMaxSize> reply{};
-        bool delivered = channel_->writeI2C(kDdcChip, kDdcDataAddress, request) == kStatusOK;
-        if (delivered) {
-            sleeper_.sleep(timing.replyWait);
-            delivered = channel_->readI2C(kDdcChip, kDdcDataAddress, reply) == kStatusOK;
-        }
-        if (!delivered) {
-            ++counters_.noReplies;
-            continue;
-        }
+        if (ask(request, reply, timing) != Asked::answered) continue;
         auto fragment = checkCapabilitiesFragment(reply, offset);
         if (fragment.data) return fragment.data;
         ++counters_.invalidReplies;
@@ -187,24 +193,15 @@ std::optional<std::vector<std::uint8_t>> DDCService::readFragment(std::uint16_t 
 
 DdcReading DDCService::attemptRead(std::uint8_t code, std::span<const std::uint8_t> request) {
     DdcReading reading;
-    ++counters_.attempts;
     std::array<std::uint8_t, kVcpReplySize> reply{};
-    const DdcTiming timing = learner_.timing();
-    sleeper_.sleep(timing.quiet);
-    Exchange exchange(*channel_);
-    if (!exchange.held()) {
-        ++counters_.busyBus;
-        reading.status = DdcReading::Status::busBusy;
-        return reading;
-    }
-    bool delivered = channel_->writeI2C(kDdcChip, kDdcDataAddress, request) == kStatusOK;
-    if (delivered) {
-        sleeper_.sleep(timing.replyWait);
-        delivered = channel_->readI2C(kDdcChip, kDdcDataAddress, reply) == kStatusOK;
-    }
-    if (!delivered) {
-        ++counters_.noReplies;
-        return reading;
+    switch (ask(request, reply, learner_.timing())) {
+        case Asked::busBusy:
+            reading.status = DdcReading::Status::busBusy;
+            return reading;
+        case Asked::noReply:
+            return reading;
+        case Asked::answered:
+            break;
     }
     const VcpReply checked = checkVcpReply(reply, code);
     switch (checked.kind) {

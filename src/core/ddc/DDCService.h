@@ -87,7 +87,12 @@ class DDCService {
   private:
     DDCService(std::shared_ptr<AVChannel> channel, bool canRead, bool canWrite, Sleeper& sleeper);
     void readEdid();
-    // One request and its reply; the lock is held.
+    enum class Asked { answered, noReply, busBusy };
+    // One exchange: the quiet wait, the request, the reply wait and the reply read into
+    // `reply` (unchecked), counted; the lock is held.
+    Asked ask(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply,
+              const DdcTiming& timing);
+    // One request and its reply, checked; the lock is held.
     DdcReading attemptRead(std::uint8_t code, std::span<const std::uint8_t> request);
     std::optional<std::vector<std::uint8_t>> readFragment(std::uint16_t offset);
 

@@ -53,6 +53,17 @@ std::uint32_t littleEndian(std::span<const std::uint8_t> bytes, std::size_t at, 
     return value;
 }
 
+// What is wrong with the start of any reply, whatever was asked: nothing when it looks like
+// a message from the monitor that has something to say.
+const char* headerFault(std::span<const std::uint8_t> reply) {
+    if (reply.size() < kReplyLengthAt + 1) return "short reply";
+    if (std::all_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b == kIdleBus; }))
+        return "no data (all 0xFF)";
+    if (reply[kReplySourceAt] != kDdcReplySource) return "wrong source address";
+    if (reply[kReplyLengthAt] == kDdcLengthFlag) return "null message";
+    return nullptr;
+}
+
 }  // namespace
 
 std::uint8_t ddcChecksum(std::span<const std::uint8_t> message) {
@@ -81,11 +92,7 @@ VcpReply checkVcpReply(std::span<const std::uint8_t> reply, std::uint8_t code) {
         out.fault = fault;
         return out;
     };
-    if (reply.size() < kReplyLengthAt + 1) return invalid("short reply");
-    if (std::all_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b == kIdleBus; }))
-        return invalid("no data (all 0xFF)");
-    if (reply[kReplySourceAt] != kDdcReplySource) return invalid("wrong source address");
-    if (reply[kReplyLengthAt] == kDdcLengthFlag) return invalid("null message");
+    if (const char* fault = headerFault(reply)) return invalid(fault);
     if (reply[kReplyLengthAt] != (kDdcLengthFlag | kVcpReplyBodySize) ||
         reply.size() < kVcpReplySize)
         return invalid("wrong length");
@@ -128,11 +135,7 @@ CapabilitiesFragment checkCapabilitiesFragment(std::span<const std::uint8_t> rep
         out.fault = fault;
         return out;
     };
-    if (reply.size() < kReplyLengthAt + 1) return invalid("short reply");
-    if (std::all_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b == kIdleBus; }))
-        return invalid("no data (all 0xFF)");
-    if (reply[kReplySourceAt] != kDdcReplySource) return invalid("wrong source address");
-    if (reply[kReplyLengthAt] == kDdcLengthFlag) return invalid("null message");
+    if (const char* fault = headerFault(reply)) return invalid(fault);
     const std::size_t body = reply[kReplyLengthAt] & ~kDdcLengthFlag;
     if ((reply[kReplyLengthAt] & kDdcLengthFlag) == 0 || body < kFragmentHeaderSize ||
         body > kFragmentHeaderSize + kCapabilitiesFragmentMax ||
@@ -146,7 +149,8 @@ CapabilitiesFragment checkCapabilitiesFragment(std::span<const std::uint8_t> rep
     if (sum != reply[checksumAt]) return invalid("bad checksum");
     if (reply[kReplyOpcodeAt] != kCapabilitiesReplyOpcode) return invalid("wrong opcode");
     if (bigEndian16(reply, kFragmentOffsetAt) != offset) return invalid("another offset");
-    out.data.emplace(reply.begin() + kFragmentDataAt, reply.begin() + checksumAt);
+    const auto data = reply.subspan(kFragmentDataAt, checksumAt - kFragmentDataAt);
+    out.data.emplace(data.begin(), data.end());
     return out;
 }
 
