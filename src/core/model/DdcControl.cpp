@@ -103,10 +103,11 @@ void DdcControl::rescan() {
             const auto& [key, learner] = timings.at(id);
             service->useLearner(learner);
             service->setTimingListener(
-                [weak, &main = scheduler.mainQueue(), id, key](const DdcTimingLearner& learned,
-                                                               DdcTimingLearner::Change change) {
-                    main.post([weak, id, key, learned, change] {
-                        if (auto self = weak.lock()) self->learnedTiming(id, key, learned, change);
+                [weak, &main = scheduler.mainQueue(), display = id, monitor = key](
+                    const DdcTimingLearner& learned, DdcTimingLearner::Change change) {
+                    main.post([weak, display, monitor, learned, change] {
+                        if (auto self = weak.lock())
+                            self->learnedTiming(display, monitor, learned, change);
                     });
                 });
         }
