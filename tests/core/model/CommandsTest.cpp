@@ -128,7 +128,7 @@ TEST_F(Commands, DdcSendsRawValuesAtOnceForKnownCodesOnly) {
           "lumora://ddc?display=2&vcp=zz&value=1"}) {
         model->handleURL(url);
     }
-    clock.runDue();
+    clock.advance(0.5);  // one write after the other on the monitor's queue
     EXPECT_EQ(stateOf(2)["vcp"]["0x60"], 17);
     EXPECT_EQ(stateOf(2)["vcp"]["0x62"], 9);
     EXPECT_EQ(machine->wire().size(), 4u);
