@@ -3,6 +3,7 @@
 // cost of one debounced DDC write while a slider is dragged.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -100,6 +101,29 @@ void BM_SetDDCBurst(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_SetDDCBurst);
+
+// Sliders of one or of all four DDC monitors (each on its own bus) moved at once: the time on
+// the simulated wire until the last monitor has its value (debounce included).
+void BM_SetMonitorsAtOnce(benchmark::State& state) {
+    Bench bench(scratch("lumora-bench-buses"));
+    const auto monitors = static_cast<DisplayID>(state.range(0));
+    double wireSeconds = 0;
+    std::int64_t rounds = 0;
+    for (auto _ : state) {
+        bench.machine.clearWire();
+        const double start = bench.clock.uptime();
+        for (DisplayID i = 0; i < monitors; ++i)
+            bench.model->ddc().set(2 + 2 * i, VCP::brightness, rounds % 2 ? 0.3 : 0.6, 100);
+        bench.clock.advance(1.0);
+        double last = start;
+        for (const auto& e : bench.machine.wire())
+            last = std::max(last, e.time);
+        wireSeconds += last - start;
+        ++rounds;
+    }
+    state.counters["wire_ms"] = wireSeconds * 1000 / static_cast<double>(rounds);
+}
+BENCHMARK(BM_SetMonitorsAtOnce)->Arg(1)->Arg(4)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace lumora

@@ -92,7 +92,12 @@ TEST(ShutdownBlackBox, AWakeRestoresBrightnessAndDimASignalUndoesAllACommandStar
                contains(out, "\"displays\": [");
     })) << second.process().output();
     EXPECT_FALSE(contains(second.process().output(), "another Lumora is running"));
-    const std::string secondLog = readFile(home.logFile()).substr(quit);
+    // The log is written on its own queue: wait for the command's line to land.
+    std::string secondLog;
+    EXPECT_TRUE(eventually([&] {
+        secondLog = readFile(home.logFile()).substr(quit);
+        return contains(secondLog, "url: dim [\"display\": \"nosuch\"]\n");
+    })) << secondLog;
     const auto started = secondLog.find("lid: start");
     EXPECT_NE(started, std::string::npos) << secondLog;
     EXPECT_LT(started, secondLog.find("url: dim [\"display\": \"nosuch\"]\n")) << secondLog;

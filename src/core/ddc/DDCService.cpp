@@ -43,6 +43,7 @@ std::shared_ptr<DDCService> DDCService::open(AVServices& services, const AVServi
     if (!channel) return nullptr;
     std::shared_ptr<DDCService> service(
         new DDCService(std::move(channel), services.canRead(), services.canWrite(), sleeper));
+    service->bus_ = entry.handle;
     service->readEdid();
     return service;
 }

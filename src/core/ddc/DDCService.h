@@ -79,6 +79,10 @@ class DDCService {
     [[nodiscard]] DdcTiming timing();
     [[nodiscard]] DdcCounters counters();
 
+    // The bus it talks over (the platform's identity of the channel entry): exchanges on one
+    // bus take turns, different buses run at once.
+    [[nodiscard]] std::uint64_t bus() const { return bus_; }
+
     // As the display server reports them for the same monitor; 0 when the EDID was unread.
     [[nodiscard]] std::uint32_t edidVendor() const { return edid_.vendor; }
     [[nodiscard]] std::uint32_t edidProduct() const { return edid_.product; }
@@ -102,6 +106,7 @@ class DDCService {
     bool canWrite_;
     Sleeper& sleeper_;
     EdidIds edid_;
+    std::uint64_t bus_ = 0;
     std::mutex lock_;
     DdcTimingLearner learner_;
     DdcCounters counters_;

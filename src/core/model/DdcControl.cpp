@@ -96,8 +96,10 @@ void DdcControl::rescan() {
     }
     AVServices& av = deps_.av;
     Scheduler& scheduler = deps_.scheduler;
+    const std::uint64_t scan = nextScan_++;
     queue_->post([weak = weak_from_this(), targets = std::move(targets), ids, &av, &scheduler,
-                  timings = std::move(timings), askCapabilities = std::move(askCapabilities)] {
+                  timings = std::move(timings), askCapabilities = std::move(askCapabilities),
+                  scan] {
         auto services = DDC::services(av, scheduler, targets);
         for (const auto& [id, service] : services) {
             const auto& [key, learner] = timings.at(id);
@@ -111,30 +113,72 @@ void DdcControl::rescan() {
                     });
                 });
         }
-        Values values;
-        for (const auto& [id, service] : services) {
-            auto& entry = values[id];  // every service gets one, even an empty one
-            for (VCP vcp : kScannedCodes) {
-                auto reply = service->read(code(vcp));
-                if (!reply || reply->second == 0) continue;
-                entry[code(vcp)] = static_cast<double>(reply->first) / reply->second;
-            }
-        }
-        scheduler.mainQueue().post([weak, services, values = std::move(values), ids]() mutable {
-            if (auto self = weak.lock()) self->publish(std::move(services), std::move(values), ids);
-        });
-        // After the values: the sliders must not wait for strings read once per monitor.
-        std::map<DisplayID, std::string> capabilityTexts;
-        for (const auto& [id, service] : services) {
-            if (!askCapabilities.contains(id)) continue;
-            if (auto text = service->readCapabilities())
-                capabilityTexts.emplace(id, std::move(*text));
-        }
-        if (capabilityTexts.empty()) return;
-        scheduler.mainQueue().post([weak, texts = std::move(capabilityTexts)] {
-            if (auto self = weak.lock()) self->capabilitiesRead(texts);
-        });
+        scheduler.mainQueue().post(
+            [weak, scan, services = std::move(services), ids, askCapabilities]() mutable {
+                if (auto self = weak.lock())
+                    self->readBuses(scan, std::move(services), ids, askCapabilities);
+            });
     });
+}
+
+WorkQueue& DdcControl::busQueue(std::uint64_t bus) {
+    auto& queue = busQueues_[bus];
+    if (!queue) queue = deps_.scheduler.makeSerialQueue(std::string(kQueueLabel) + ".bus");
+    return *queue;
+}
+
+void DdcControl::readBuses(std::uint64_t scan, Services services, const std::vector<DisplayID>& ids,
+                           const std::set<DisplayID>& askCapabilities) {
+    std::map<std::uint64_t, Services> buses;
+    for (const auto& [id, service] : services)
+        buses[service->bus()].emplace(id, service);
+    Scan& job = scans_[scan];
+    job.services = std::move(services);
+    job.ids = ids;
+    job.busesLeft = buses.size();
+    if (buses.empty()) busRead(scan, {});
+    Scheduler& scheduler = deps_.scheduler;
+    for (auto& [bus, monitors] : buses) {
+        std::set<DisplayID> ask;
+        for (const auto& [id, service] : monitors) {
+            if (askCapabilities.contains(id)) ask.insert(id);
+        }
+        busQueue(bus).post([weak = weak_from_this(), &main = scheduler.mainQueue(), scan,
+                            monitors = std::move(monitors), ask = std::move(ask)] {
+            Values values;
+            for (const auto& [id, service] : monitors) {
+                auto& entry = values[id];  // every service gets one, even an empty one
+                for (VCP vcp : kScannedCodes) {
+                    auto reply = service->read(code(vcp));
+                    if (!reply || reply->second == 0) continue;
+                    entry[code(vcp)] = static_cast<double>(reply->first) / reply->second;
+                }
+            }
+            main.post([weak, scan, values = std::move(values)]() mutable {
+                if (auto self = weak.lock()) self->busRead(scan, std::move(values));
+            });
+            // After the values: the sliders must not wait for strings read once per monitor.
+            std::map<DisplayID, std::string> texts;
+            for (const auto& [id, service] : monitors) {
+                if (!ask.contains(id)) continue;
+                if (auto text = service->readCapabilities()) texts.emplace(id, std::move(*text));
+            }
+            if (texts.empty()) return;
+            main.post([weak, texts = std::move(texts)] {
+                if (auto self = weak.lock()) self->capabilitiesRead(texts);
+            });
+        });
+    }
+}
+
+void DdcControl::busRead(std::uint64_t scan, Values values) {
+    auto job = scans_.find(scan);
+    if (job == scans_.end()) return;
+    job->second.values.merge(values);
+    if (job->second.busesLeft > 0 && --job->second.busesLeft > 0) return;
+    Scan done = std::move(job->second);
+    scans_.erase(job);
+    publish(std::move(done.services), std::move(done.values), done.ids);
 }
 
 void DdcControl::capabilitiesRead(const std::map<DisplayID, std::string>& texts) {
@@ -226,14 +270,17 @@ void DdcControl::set(DisplayID display, VCP vcp, double value, std::uint16_t max
             if (auto self = weak.lock()) self->memory_.save();
         });
     };
-    pending_.insert_or_assign(key, queue_->postAfter(kDebounce, std::move(write)));
+    pending_.insert_or_assign(
+        key, busQueue(service->second->bus()).postAfter(kDebounce, std::move(write)));
 }
 
 void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
     auto service = services_.find(display);
     if (service == services_.end()) return;
     const std::uint8_t byte = code(vcp);
-    queue_->post([channel = service->second, byte, raw] { channel->write(byte, raw); });
+    busQueue(service->second->bus()).post([channel = service->second, byte, raw] {
+        channel->write(byte, raw);
+    });
     if (DdcMemory::kept(byte)) memory_.remember(keys_.at(display), byte, raw);
     memory_.save();
     deps_.log.write("DDC display " + std::to_string(display) + ": VCP " + hexCode(byte) + " = " +

@@ -34,9 +34,10 @@ class Displays;
 // (remembered across restarts) are read after a wake or a reconnection and written again
 // where the monitor lost them.
 //
-// Main thread only; channel traffic runs on the serial queue "lumora.ddc" with values
-// captured when the work was queued, and results come back on the main queue. Delayed work
-// holds the object weakly.
+// Main thread only. Finding the channels runs on the serial queue "lumora.ddc"; the traffic
+// of each bus (reads of a scan, writes, restores) on that bus's own serial queue, so buses
+// run in parallel and one bus is strictly serial. Work carries the values captured when it
+// was queued, and results come back on the main queue. Delayed work holds the object weakly.
 class DdcControl : public std::enable_shared_from_this<DdcControl> {
   public:
     using Values = std::map<DisplayID, std::map<std::uint8_t, double>>;
@@ -121,6 +122,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
         std::size_t retries = 0;  // of kRestoreRetries used
         TaskHandle retry;
         std::uint64_t generation = 0;  // tells a stale attempt's result apart
+        // Codes written by any attempt: one that lands while the monitor wakes and reads back
+        // only at the next is restored all the same.
+        std::set<std::uint8_t> written;
     };
     // What one attempt saw on the wire, per code.
     struct RestoreReading {
@@ -129,6 +133,18 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     };
 
     [[nodiscard]] std::vector<DisplayID> candidates() const;
+    // One scan in flight: its channels and what their buses have read so far.
+    struct Scan {
+        Services services;
+        std::vector<DisplayID> ids;
+        Values values;
+        std::size_t busesLeft = 0;
+    };
+    // The channels of a scan are open: each bus reads its monitors.
+    void readBuses(std::uint64_t scan, Services services, const std::vector<DisplayID>& ids,
+                   const std::set<DisplayID>& askCapabilities);
+    void busRead(std::uint64_t scan, Values values);
+    WorkQueue& busQueue(std::uint64_t bus);
     void publish(Services services, Values values, const std::vector<DisplayID>& scanned);
     // Capabilities strings read in a scan: kept per monitor, then published with the rest.
     void capabilitiesRead(const std::map<DisplayID, std::string>& texts);
@@ -153,6 +169,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // must not ask the display server (a round trip on some servers).
     std::map<DisplayID, std::string> keys_;
     std::shared_ptr<WorkQueue> queue_;
+    std::map<std::uint64_t, std::shared_ptr<WorkQueue>> busQueues_;
+    std::map<std::uint64_t, Scan> scans_;  // by scan number, in the order they started
+    std::uint64_t nextScan_ = 1;
     // At most one debounced write per display and control.
     std::map<std::pair<DisplayID, std::uint8_t>, TaskHandle> pending_;
     std::set<DisplayID> firstScan_;  // displays whose first scan has not finished

@@ -69,22 +69,24 @@ void DdcControl::attemptRestore(DisplayID display) {
         finishAttempt(display, generation, wanted, {});
         return;
     }
-    queue_->post([weak = weak_from_this(), &main = deps_.scheduler.mainQueue(),
-                  channel = service->second, display, generation, wanted] {
-        RestoreReading reading;
-        for (const auto& [code, raw] : wanted) {
-            auto now = channel->read(code);
-            if (!now || now->first != raw) {
-                channel->write(code, raw);
-                reading.written.insert(code);
-                now = channel->read(code);
+    busQueue(service->second->bus())
+        .post([weak = weak_from_this(), &main = deps_.scheduler.mainQueue(),
+               channel = service->second, display, generation, wanted] {
+            RestoreReading reading;
+            for (const auto& [code, raw] : wanted) {
+                auto now = channel->read(code);
+                if (!now || now->first != raw) {
+                    channel->write(code, raw);
+                    reading.written.insert(code);
+                    now = channel->read(code);
+                }
+                if (now) reading.read[code] = *now;
             }
-            if (now) reading.read[code] = *now;
-        }
-        main.post([weak, display, generation, wanted, reading = std::move(reading)] {
-            if (auto self = weak.lock()) self->finishAttempt(display, generation, wanted, reading);
+            main.post([weak, display, generation, wanted, reading = std::move(reading)] {
+                if (auto self = weak.lock())
+                    self->finishAttempt(display, generation, wanted, reading);
+            });
         });
-    });
 }
 
 void DdcControl::finishAttempt(DisplayID display, std::uint64_t generation,
@@ -106,13 +108,14 @@ void DdcControl::finishAttempt(DisplayID display, std::uint64_t generation,
     if (!reading.read.empty() && !available_->contains(display))
         available_.modify([&](std::set<DisplayID>& ids) { ids.insert(display); });
 
+    restore.written.insert(reading.written.begin(), reading.written.end());
     DdcMemory::Controls restored;
     DdcMemory::Controls missing;
     for (const auto& [code, raw] : wanted) {
         auto read = reading.read.find(code);
         if (read == reading.read.end() || read->second.first != raw) {
             missing[code] = raw;
-        } else if (reading.written.contains(code)) {
+        } else if (restore.written.contains(code)) {
             restored[code] = raw;
         }
     }

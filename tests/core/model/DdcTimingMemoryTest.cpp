@@ -1,6 +1,8 @@
 // The waits a monitor's wire needs, learned once and kept across starts.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "ModelScenario.h"
 #include "model/DdcCapabilityMemory.h"
 #include "model/DdcTimingMemory.h"
@@ -80,6 +82,34 @@ TEST_F(LearnedTiming, CapabilitiesAreAskedOncePerMonitorNotOncePerStartOrScan) {
     start(world);  // the same settings: only the twin without one is asked again
     EXPECT_EQ(requests(), 3u);
     EXPECT_EQ(model->ddc().capabilities()->at(2).vcp.size(), 2u);
+}
+
+// Each monitor here has its own bus: writes to both go out at once, two to one take turns.
+TEST_F(LearnedTiming, BusesRunInParallelAndOneBusTakesTurns) {
+    start("twinMonitors.json");
+    machine->clearWire();
+    const double t0 = clock.uptime();
+    model->ddc().set(2, VCP::brightness, 0.7, 100);
+    model->ddc().set(3, VCP::brightness, 0.2, 100);
+    model->ddc().set(2, VCP::contrast, 0.6, 100);
+    clock.advance(1);
+    // (display, code, ms after the sliders moved) of every Set VCP transmission.
+    std::vector<std::tuple<DisplayID, int, long>> writes;
+    for (const auto& e : machine->wire()) {
+        if (e.bytes.size() == 6 && e.bytes[1] == kSetVcpOpcode)
+            writes.emplace_back(e.display, e.bytes[2], std::lround((e.time - t0) * 1000));
+    }
+    std::sort(writes.begin(), writes.end(), [](const auto& a, const auto& b) {
+        return std::tie(std::get<2>(a), std::get<0>(a)) < std::tie(std::get<2>(b), std::get<0>(b));
+    });
+    // 80 ms of debounce, then two transmissions per write, each after the 35 ms of quiet the
+    // start-up scan's three good reads taught.
+    EXPECT_EQ(writes, (std::vector<std::tuple<DisplayID, int, long>>{{2, 0x10, 115},
+                                                                     {3, 0x10, 115},
+                                                                     {2, 0x10, 150},
+                                                                     {3, 0x10, 150},
+                                                                     {2, 0x12, 185},
+                                                                     {2, 0x12, 220}}));
 }
 
 }  // namespace
