@@ -33,6 +33,18 @@ class SimChannel final : public AVChannel {
             [&] { return std::vector<std::uint8_t>(bytes.begin(), bytes.end()); });
     }
 
+    bool beginExchange() override {
+        auto core = core_.lock();
+        if (!core) return true;
+        bool free = true;
+        core->update([&](SimData& data) {
+            SimDisplay* d = data.find(display_);
+            if (d && d->ddc) free = d->ddc->takeBus();
+            return false;
+        });
+        return free;
+    }
+
   private:
     // Runs one transfer against the monitor while its display is online, and records it.
     template <class Send, class Bytes>

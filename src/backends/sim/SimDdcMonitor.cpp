@@ -115,6 +115,12 @@ SimDdcMonitor::SimDdcMonitor(const WorldDdc& config, std::uint32_t vendor, std::
       vcp_(config.vcp),
       corruptLeft_(config.corruptReplies) {}
 
+bool SimDdcMonitor::takeBus() {
+    if (busyLeft_ == 0) return true;
+    --busyLeft_;
+    return false;
+}
+
 void SimDdcMonitor::wake(double now) {
     if (config_.forgetsOnWake) vcp_ = config_.vcp;
     pendingCode_.reset();

@@ -31,6 +31,11 @@ class SimDdcMonitor {
     std::int32_t read(std::uint8_t chip, std::uint8_t dataAddress, std::span<std::uint8_t> buffer,
                       double now);
 
+    // Whether an exchange may start: false while another program holds the bus.
+    bool takeBus();
+    // Another program takes the bus for the next `exchanges` exchanges.
+    void holdBus(int exchanges) { busyLeft_ = exchanges; }
+
     // The monitor wakes from sleep: one that forgets goes back to the values it was made with,
     // and it ignores DDC/CI for the configured while.
     void wake(double now);
@@ -63,6 +68,7 @@ class SimDdcMonitor {
     // The capabilities fragment asked for, by offset.
     std::optional<std::uint16_t> pendingFragment_;
     int corruptLeft_ = 0;
+    int busyLeft_ = 0;
 };
 
 }  // namespace lumora::sim

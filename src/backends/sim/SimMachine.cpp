@@ -172,6 +172,13 @@ void SimMachine::simulateWake() {
     postSimSystemEvent(impl_->core, SystemEvent::screensDidWake);
 }
 
+void SimMachine::holdDdcBus(DisplayID display, int exchanges) {
+    impl_->core->update([&](SimData& data) {
+        if (SimDisplay* d = data.find(display); d && d->ddc) d->ddc->holdBus(exchanges);
+        return false;
+    });
+}
+
 std::vector<WireEvent> SimMachine::wire() const {
     return impl_->core->read([](const SimData& data) { return data.wire; });
 }

@@ -95,6 +95,8 @@ class SimMachine : public Platform {
     // when the world says so), then the did-wake and screens-did-wake notifications go out
     // on the main queue.
     void simulateWake();
+    // Another program holds a monitor's DDC bus for its next `exchanges` exchanges.
+    void holdDdcBus(DisplayID display, int exchanges);
 
     // What went over the DDC/CI wires, oldest first.
     [[nodiscard]] std::vector<WireEvent> wire() const;

@@ -263,15 +263,31 @@ void DdcControl::set(DisplayID display, VCP vcp, double value, std::uint16_t max
           "DDC value outside 0...1 (callers clamp)");
     if (DdcMemory::kept(byte))
         memory_.remember(keys_.at(display), byte, static_cast<std::uint16_t>(raw));
-    auto write = [weak = weak_from_this(), &main = deps_.scheduler.mainQueue(),
-                  channel = service->second, byte, raw = static_cast<std::uint16_t>(raw)] {
-        channel->write(byte, raw);
-        main.post([weak] {
-            if (auto self = weak.lock()) self->memory_.save();
+    ++writeGenerations_[key];
+    queueWrite(service->second, display, byte, static_cast<std::uint16_t>(raw), kDebounce,
+               kBusyRetries);
+}
+
+void DdcControl::queueWrite(const std::shared_ptr<DDCService>& channel, DisplayID display,
+                            std::uint8_t byte, std::uint16_t raw, double delay, int retries) {
+    const auto key = std::pair{display, byte};
+    const std::uint64_t generation = writeGenerations_[key];
+    auto write = [weak = weak_from_this(), &main = deps_.scheduler.mainQueue(), channel, display,
+                  byte, raw, retries, generation] {
+        const unsigned busyBefore = channel->counters().busyBus;
+        const bool taken = channel->write(byte, raw);
+        // Another program held the bus: the value goes out later, unless a newer one has
+        // been queued meanwhile (its write replaced this one's entry).
+        const bool busy = !taken && channel->counters().busyBus > busyBefore;
+        main.post([weak, channel, display, byte, raw, busy, retries, generation] {
+            auto self = weak.lock();
+            if (!self) return;
+            self->memory_.save();
+            if (busy && retries > 0 && self->writeGenerations_[{display, byte}] == generation)
+                self->queueWrite(channel, display, byte, raw, kBusyRetryDelay, retries - 1);
         });
     };
-    pending_.insert_or_assign(
-        key, busQueue(service->second->bus()).postAfter(kDebounce, std::move(write)));
+    pending_.insert_or_assign(key, busQueue(channel->bus()).postAfter(delay, std::move(write)));
 }
 
 void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {

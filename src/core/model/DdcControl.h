@@ -46,6 +46,10 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // A write waits this long for a newer value of the same display and control: a dragged
     // slider must not flood the monitor.
     static constexpr double kDebounce = 0.08;
+    // A write that found the bus held by another program (for its whole wait) goes out again
+    // this long after, this many times at most.
+    static constexpr double kBusyRetryDelay = 2.0;
+    static constexpr int kBusyRetries = 3;
     // A command for a monitor whose first scan is still running waits at most this long.
     static constexpr double kFirstScanWait = 3.0;
     // Monitors often ignore DDC/CI for a few seconds after waking: a restore that did not
@@ -146,6 +150,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     void busRead(std::uint64_t scan, Values values);
     WorkQueue& busQueue(std::uint64_t bus);
     void publish(Services services, Values values, const std::vector<DisplayID>& scanned);
+    // The debounced write of one control, `delay` from now on the channel's bus queue.
+    void queueWrite(const std::shared_ptr<DDCService>& channel, DisplayID display,
+                    std::uint8_t byte, std::uint16_t raw, double delay, int retries);
     // Capabilities strings read in a scan: kept per monitor, then published with the rest.
     void capabilitiesRead(const std::map<DisplayID, std::string>& texts);
     void publishCapabilities();
@@ -172,8 +179,10 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     std::map<std::uint64_t, std::shared_ptr<WorkQueue>> busQueues_;
     std::map<std::uint64_t, Scan> scans_;  // by scan number, in the order they started
     std::uint64_t nextScan_ = 1;
-    // At most one debounced write per display and control.
+    // At most one debounced write per display and control, and how many the user has asked
+    // for (a retry goes out only while no newer value was asked for).
     std::map<std::pair<DisplayID, std::uint8_t>, TaskHandle> pending_;
+    std::map<std::pair<DisplayID, std::uint8_t>, std::uint64_t> writeGenerations_;
     std::set<DisplayID> firstScan_;  // displays whose first scan has not finished
     std::set<DisplayID> scanned_;    // online displays scanned at least once
     std::vector<std::shared_ptr<Waiter>> waiters_;

@@ -112,5 +112,24 @@ TEST_F(LearnedTiming, BusesRunInParallelAndOneBusTakesTurns) {
                                                                      {2, 0x12, 220}}));
 }
 
+TEST_F(LearnedTiming, AWriteThatFindsTheBusHeldGoesOutLaterUnlessANewerValueWasAsked) {
+    start("twinMonitors.json");
+    const auto brightness = [this] { return stateOf(2)["vcp"].value("0x10", -1); };
+    machine->holdDdcBus(2, 2);  // both transmissions of the next write
+    model->ddc().set(2, VCP::brightness, 0.7, 100);
+    clock.advance(1);
+    EXPECT_EQ(brightness(), 40) << "the bus was held";
+    clock.advance(2);
+    EXPECT_EQ(brightness(), 70);
+
+    // Held again; the user moves on before the retry, and the newer value stays.
+    machine->holdDdcBus(2, 2);
+    model->ddc().set(2, VCP::brightness, 0.3, 100);
+    clock.advance(1);
+    model->ddc().set(2, VCP::brightness, 0.5, 100);
+    clock.advance(5);
+    EXPECT_EQ(brightness(), 50);
+}
+
 }  // namespace
 }  // namespace lumora::test
