@@ -85,8 +85,13 @@ send "lumora://brightness?display=office&value=70"
 send "lumora://dim?display=projector&value=0.4"
 send "lumora://mode?display=office&width=1920&height=1080"
 send "lumora://virtual?width=1920&height=1080&name=Demo"
-# The DDC write is debounced; the monitor has its new brightness a moment later.
-sleep 0.5
+# The DDC write is debounced and waits its turn on the monitor's bus (behind the reading of
+# its capabilities, the first time Lumora meets it): the monitor has its new brightness a
+# moment later.
+office_at() {
+  python3 -c 'import json,sys; d=[d for d in json.load(open(sys.argv[1]))["displays"] if d["id"]==2][0]; sys.exit(d["vcp"]["0x10"]!=int(sys.argv[2]))' "$state" "$1" 2>/dev/null
+}
+wait_for 10 office_at 70
 echo "hardware before the disconnect:"
 hardware
 send "lumora://disconnect?display=projector"
