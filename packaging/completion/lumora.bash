@@ -74,7 +74,7 @@ _lumora() {
 
     if [[ ${#words[@]} -eq 0 ]]; then
         _lumora_offer "$cur" < <(printf '%s\n' hidpi brightness brightness-up brightness-down \
-            connect disconnect main mode dim ddc sleep-displays virtual status)
+            connect disconnect main mode dim ddc sleep-displays virtual status adaptive)
         return 0
     fi
 
@@ -93,6 +93,9 @@ _lumora() {
             ;;
         mode:3 | virtual:3)
             _lumora_offer "$cur" < <(printf '%s\n' hidpi lodpi)
+            ;;
+        adaptive:1)
+            _lumora_offer "$cur" < <(printf '%s\n' off sync sensor schedule)
             ;;
     esac
     return 0

@@ -46,6 +46,7 @@ constexpr CapabilityName kCapabilities[] = {
     {&Capabilities::displaySleep, "displaySleep", "display sleep"},
     {&Capabilities::systemSleep, "systemSleep", "system sleep"},
     {&Capabilities::idleInhibit, "idleInhibit", "idle inhibit"},
+    {&Capabilities::ambientLight, "ambientLight", "light sensor"},
 };
 
 json modeJson(const DisplayMode& m) {

@@ -49,6 +49,9 @@ const Grammar kGrammars[] = {
     {"virtual",
      {Slot{"WIDTHxHEIGHT", Place::size, {}}, Slot{"NAME", Place::item, "name"}, kDensity}},
     {"status", {}},
+    {"adaptive",
+     {Slot{"off|sync|sensor|schedule", Place::item, "value"},
+      Slot{"LATITUDE", Place::item, "latitude"}, Slot{"LONGITUDE", Place::item, "longitude"}}},
 };
 
 // The multiplication sign reads as well as an "x" between the sides.

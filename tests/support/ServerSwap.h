@@ -23,6 +23,8 @@ class ServerSwap final : public Platform {
     LidSensor& lidSensor() override { return machine_.lidSensor(); }
     SystemEvents& systemEvents() override { return machine_.systemEvents(); }
     Input& input() override { return machine_.input(); }
+    AmbientLight& ambientLight() override { return machine_.ambientLight(); }
+    WallClock& wallClock() override { return machine_.wallClock(); }
 
   private:
     sim::SimMachine& machine_;

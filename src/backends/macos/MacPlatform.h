@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 
 #include "DisplayEnableSwitch.h"
@@ -15,6 +16,20 @@
 #include "platform/Platform.h"
 
 namespace lumora::mac {
+
+// Apple publishes no ambient light reading for current Macs: the capability stays absent.
+class MacAmbientLight final : public AmbientLight {
+  public:
+    std::optional<double> lux() override { return std::nullopt; }
+};
+
+class MacWallClock final : public WallClock {
+  public:
+    [[nodiscard]] double utcSeconds() const override {
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
+    }
+};
 
 // The Mac: CoreGraphics displays, IOKit DDC/CI and sensors, private entry points bound at run
 // time (their absence is a missing capability), AppKit and Carbon glue. Built and used on
@@ -36,6 +51,8 @@ class MacPlatform final : public Platform {
     LidSensor& lidSensor() override { return lid_; }
     SystemEvents& systemEvents() override { return systemEvents_; }
     Input& input() override { return input_; }
+    AmbientLight& ambientLight() override { return light_; }
+    WallClock& wallClock() override { return clock_; }
 
   private:
     DisplayEnableSwitch enableSwitch_;
@@ -47,6 +64,8 @@ class MacPlatform final : public Platform {
     MacLidSensor lid_;
     MacSystemEvents systemEvents_;
     MacInput input_;
+    MacAmbientLight light_;
+    MacWallClock clock_;
     Capabilities capabilities_;
     MacActivity activity_;
 };

@@ -40,6 +40,7 @@ SimDisplay makeSimDisplay(const WorldDisplay& world) {
     }
     d.mode = world.mode.value_or(d.modes.empty() ? 0 : d.modes.front().id);
     d.backlight = world.backlight;
+    d.worldBacklight = world.backlight;
     if (world.ddc) {
         d.ddc =
             std::make_unique<SimDdcMonitor>(*world.ddc, world.vendor, world.model, world.serial);
@@ -120,6 +121,9 @@ SimCore::SimCore(World world, Scheduler& scheduler) : scheduler_(scheduler) {
     data_.wakes = world.wakes;
     data_.gammaResetOnWake = world.gammaResetOnWake;
     data_.lid = world.lid;
+    data_.lux = world.lightLux;
+    data_.clock = data_.worldClock = world.clock;
+    data_.clockSetAt = scheduler.uptime();
 }
 
 int SimCore::addHandler(ReconfigurationHandler handler) {

@@ -18,6 +18,8 @@ struct SimMachine::Impl {
           power(makeSimPower(core)),
           lidSensor(makeSimLidSensor(core)),
           systemEvents(makeSimSystemEvents(core)),
+          ambientLight(makeSimAmbientLight(core)),
+          wallClock(makeSimWallClock(core)),
           input(core->read([](const SimData& data) { return data.accessibility; })) {}
 
     std::shared_ptr<SimCore> core;
@@ -28,6 +30,8 @@ struct SimMachine::Impl {
     std::unique_ptr<Power> power;
     std::unique_ptr<LidSensor> lidSensor;
     std::unique_ptr<SystemEvents> systemEvents;
+    std::unique_ptr<AmbientLight> ambientLight;
+    std::unique_ptr<WallClock> wallClock;
     SimInput input;
     SimOsd osd;
 };
@@ -52,6 +56,7 @@ Capabilities SimMachine::capabilities() const {
         c.backlight = data.backlightControl;
         c.ddc = true;
         c.displaySleep = c.systemSleep = c.idleInhibit = true;
+        c.ambientLight = data.lux.has_value();
         return c;
     });
 }
@@ -76,6 +81,12 @@ LidSensor& SimMachine::lidSensor() {
 }
 SystemEvents& SimMachine::systemEvents() {
     return *impl_->systemEvents;
+}
+AmbientLight& SimMachine::ambientLight() {
+    return *impl_->ambientLight;
+}
+WallClock& SimMachine::wallClock() {
+    return *impl_->wallClock;
 }
 SimInput& SimMachine::input() {
     return impl_->input;
@@ -125,6 +136,9 @@ void SimMachine::applyWorld(const World& nextWorld) {
         for (const auto& wd : next.displays) {
             if (SimDisplay* d = data.find(wd.id)) {
                 d->plugged = wd.online;
+                // The system (or another program) moved the panel's backlight.
+                if (d->builtin && wd.backlight != d->worldBacklight) d->backlight = wd.backlight;
+                d->worldBacklight = wd.backlight;
             } else {
                 data.displays.push_back(makeSimDisplay(wd));
             }
@@ -137,6 +151,13 @@ void SimMachine::applyWorld(const World& nextWorld) {
             if (!listed && !ownVirtual) d.plugged = false;
         }
         data.cursor = next.cursor.value_or(data.cursor);
+        data.lux = next.lightLux;
+        // Only a new time moves the clock, so other edits leave it running.
+        if (next.clock != data.worldClock) {
+            data.worldClock = next.clock;
+            data.clock = next.clock;
+            data.clockSetAt = impl_->core->scheduler().uptime();
+        }
     });
     if (next.lid) moveSimLid(impl_->core, *next.lid, /*report=*/true);
     // A lower counter (the file started over) wakes nothing.
@@ -170,6 +191,22 @@ void SimMachine::simulateWake() {
     });
     postSimSystemEvent(impl_->core, SystemEvent::didWake);
     postSimSystemEvent(impl_->core, SystemEvent::screensDidWake);
+}
+
+void SimMachine::setLightLux(std::optional<double> lux) {
+    impl_->core->update([&](SimData& data) {
+        data.lux = lux;
+        return false;
+    });
+}
+
+void SimMachine::setClock(double utcSeconds) {
+    const double now = impl_->core->scheduler().uptime();
+    impl_->core->update([&](SimData& data) {
+        data.clock = utcSeconds;
+        data.clockSetAt = now;
+        return false;
+    });
 }
 
 void SimMachine::holdDdcBus(DisplayID display, int exchanges) {

@@ -67,6 +67,10 @@ class SimMachine : public Platform {
     Power& power() override;
     LidSensor& lidSensor() override;
     SystemEvents& systemEvents() override;
+    // The world's "lightSensor" (none: capability absent) and "clock" (absent: real time,
+    // else running on from the given time with the scheduler's uptime).
+    AmbientLight& ambientLight() override;
+    WallClock& wallClock() override;
     // The keyboard (trusted for the brightness-key tap as the world's "accessibility" says)
     // and the on-screen display.
     SimInput& input() override;
@@ -95,6 +99,9 @@ class SimMachine : public Platform {
     // when the world says so), then the did-wake and screens-did-wake notifications go out
     // on the main queue.
     void simulateWake();
+    // The room's light (nothing: the sensor is gone) and the time of day from now on.
+    void setLightLux(std::optional<double> lux);
+    void setClock(double utcSeconds);
     // Another program holds a monitor's DDC bus for its next `exchanges` exchanges.
     void holdDdcBus(DisplayID display, int exchanges);
 

@@ -1,5 +1,6 @@
 #include "sim/World.h"
 
+#include <array>
 #include <charconv>
 #include <fstream>
 #include <limits>
@@ -25,6 +26,8 @@ constexpr double kSizeLimitMM = 100'000;
 constexpr std::int64_t kPixelLimit = 100'000;
 constexpr double kRefreshLimit = 1000;
 constexpr std::int64_t kAngleLimit = 360;
+// Full sunlight is about 100,000 lux.
+constexpr double kMostLux = 1'000'000;
 
 Point readOrigin(const json& value, const std::string& path) {
     auto [x, y] = readPair(value, path, "[x, y]");
@@ -206,7 +209,7 @@ World readWorld(const json& root) {
     if (!root.is_object()) fail("", "expected a JSON object at the top");
     onlyKeys(root, "",
              {"main", "cursor", "lid", "virtualDisplays", "disconnect", "backlightControl",
-              "accessibility", "wakes", "gammaResetOnWake", "displays"});
+              "accessibility", "wakes", "gammaResetOnWake", "lightSensor", "clock", "displays"});
     World world;
     const json& displays = required(root, "", "displays");
     if (!displays.is_array()) fail("displays", "expected an array");
@@ -238,6 +241,16 @@ World readWorld(const json& root) {
     }
     if (auto* v = optionalKey(root, "gammaResetOnWake"))
         world.gammaResetOnWake = readBool(*v, "gammaResetOnWake");
+    if (auto* v = optionalKey(root, "lightSensor")) {
+        expectObject(*v, "lightSensor");
+        onlyKeys(*v, "lightSensor", {"lux"});
+        world.lightLux =
+            readNumber(required(*v, "lightSensor", "lux"), "lightSensor.lux", 0, kMostLux);
+    }
+    if (auto* v = optionalKey(root, "clock")) {
+        world.clock = v->is_string() ? parseUtcTime(v->get<std::string>()) : std::nullopt;
+        if (!world.clock) fail("clock", "expected a time like \"2026-06-21T12:00:00Z\"");
+    }
     resolveWorld(world);
     return world;
 }
@@ -252,6 +265,42 @@ std::string syntaxMessage(const json::parse_error& error) {
 }
 
 }  // namespace
+
+std::optional<double> parseUtcTime(std::string_view text) {
+    // Exactly "YYYY-MM-DDTHH:MM:SSZ".
+    constexpr std::string_view kShape = "dddd-dd-ddTdd:dd:ddZ";
+    if (text.size() != kShape.size()) return std::nullopt;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool digit = text[i] >= '0' && text[i] <= '9';
+        if (kShape[i] == 'd' ? !digit : text[i] != kShape[i]) return std::nullopt;
+    }
+    auto number = [&](std::size_t at, std::size_t length) {
+        std::int64_t n = 0;
+        for (std::size_t i = at; i < at + length; ++i)
+            n = n * 10 + (text[i] - '0');
+        return n;
+    };
+    const std::int64_t year = number(0, 4);
+    const std::int64_t month = number(5, 2);
+    const std::int64_t day = number(8, 2);
+    const std::int64_t hour = number(11, 2);
+    const std::int64_t minute = number(14, 2);
+    const std::int64_t second = number(17, 2);
+    constexpr std::array<std::int64_t, 12> kDays = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (month < 1 || month > 12 || day < 1 || day > kDays[month - 1] ||
+        (month == 2 && day == 29 && !leap) || hour > 23 || minute > 59 || second > 59) {
+        return std::nullopt;
+    }
+    // Days from 1970-01-01 in the proleptic Gregorian calendar (March-based years).
+    const std::int64_t y = month <= 2 ? year - 1 : year;
+    const std::int64_t era = y / 400;
+    const std::int64_t yearOfEra = y - era * 400;
+    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    const std::int64_t days = era * 146097 + dayOfEra - 719468;
+    return static_cast<double>(days * 86400 + hour * 3600 + minute * 60 + second);
+}
 
 WorldResult parseWorld(std::string_view jsonText) {
     json root;

@@ -80,6 +80,8 @@ struct World {
     // Every increase while the machine runs is one sleep and wake.
     std::int64_t wakes = 0;
     bool gammaResetOnWake = false;  // each wake puts every gamma table back to identity
+    std::optional<double> lightLux;  // "lightSensor": {"lux": N}; absent: no sensor
+    std::optional<double> clock;     // UTC seconds since 1970; absent: the real time
     std::vector<WorldDisplay> displays;
     friend bool operator==(const World&, const World&) = default;
 };
@@ -91,6 +93,8 @@ struct WorldResult {
 };
 
 WorldResult parseWorld(std::string_view jsonText);
+// "YYYY-MM-DDTHH:MM:SSZ" as seconds since 1970-01-01T00:00:00Z; nothing for any other text.
+std::optional<double> parseUtcTime(std::string_view text);
 // The error line names the file.
 WorldResult loadWorldFile(const std::filesystem::path& file);
 // A laptop with its panel, one DDC monitor and one monitor without DDC.

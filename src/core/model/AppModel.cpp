@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "model/AdaptiveLink.h"
+
 namespace lumora {
 
 std::shared_ptr<AppModel> AppModel::create(AppPorts ports) {
@@ -23,6 +25,11 @@ AppModel::AppModel(Passkey, AppPorts ports)
                               ports.platform.backlight(), ports.platform.power(),
                               ports.platform.lidSensor(), ports.platform.systemEvents(),
                               ports.defaults, ports.log})),
+      adaptiveLink_(std::make_unique<AdaptiveLink>(*this)),
+      adaptive_(AdaptiveBrightness::create(
+          AdaptiveBrightness::Deps{ports.scheduler, ports.defaults, ports.log,
+                                   ports.platform.ambientLight(), ports.platform.wallClock(),
+                                   *adaptiveLink_})),
       virtualScreens_(ports.displays, ports.platform.virtualDisplays(), ports.defaults, ports.log),
       hidpi_(ports.displays, ports.platform.virtualDisplays(), ports.scheduler, ports.defaults,
              ports.log),
@@ -103,6 +110,33 @@ void AppModel::start() {
     ddc_->rescan();
     ddcStarted_ = true;
     brightness_.applyColor();
+    startAdaptive();
+}
+
+void AppModel::startAdaptive() {
+    const std::weak_ptr<AppModel> weak = weak_from_this();
+    brightness_.setOnUserChange([weak](DisplayID display, double level) {
+        if (auto self = weak.lock()) self->adaptive_->userChanged(display, level);
+    });
+    // The built-in level is read after the change it announces, once per burst.
+    builtinWatch_ = brightness_.builtinBrightness().subscribe([weak] {
+        auto self = weak.lock();
+        if (!self || self->adaptiveInputPosted_) return;
+        self->adaptiveInputPosted_ = true;
+        self->ports_.scheduler.mainQueue().post([weak] {
+            auto model = weak.lock();
+            if (!model) return;
+            model->adaptiveInputPosted_ = false;
+            model->adaptive_->inputMayHaveChanged();
+        });
+    });
+    // Until the first scan, a DDC monitor would look like one dimmed in software.
+    ddc_->whenScanned(std::nullopt, [weak] {
+        auto self = weak.lock();
+        if (!self) return;
+        self->adaptiveStarted_ = true;
+        self->adaptive_->start();
+    });
 }
 
 void AppModel::didWake() {
@@ -154,6 +188,7 @@ void AppModel::refresh() {
     // A display seen before the event that announces it is scanned now. Not before start:
     // the start sequence scans after its first refresh.
     if (ddcStarted_) ddc_->scanNewDisplays();
+    if (adaptiveStarted_) adaptive_->displaysChanged();
 }
 
 void AppModel::updateSleepInhibition() {

@@ -12,6 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "adaptive/AdaptiveBrightness.h"
 #include "display/DisplayInfo.h"
 #include "display/Displays.h"
 #include "input/Hotkeys.h"
@@ -141,6 +142,8 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     // The display inventory and configuration.
     [[nodiscard]] Displays& inventory() { return ports_.displays; }
     [[nodiscard]] const Displays& inventory() const { return ports_.displays; }
+    [[nodiscard]] AdaptiveBrightness& adaptive() { return *adaptive_; }
+    [[nodiscard]] const AdaptiveBrightness& adaptive() const { return *adaptive_; }
     [[nodiscard]] LidController& lid() { return *lid_; }
     [[nodiscard]] const LidController& lid() const { return *lid_; }
     [[nodiscard]] VirtualScreens& virtualScreens() { return virtualScreens_; }
@@ -198,8 +201,10 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
 
   private:
     friend class CommandDispatcher;
+    class AdaptiveLink;
 
     void scheduleRefresh(bool rescan);
+    void startAdaptive();
     void updateSleepInhibition();
     void performNow(ShortcutAction action, DisplayID display);
     void didWake();
@@ -227,6 +232,11 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     BrightnessControl brightness_;
     CommandDispatcher dispatcher_{*this};
     std::shared_ptr<LidController> lid_;
+    std::unique_ptr<AdaptiveLink> adaptiveLink_;
+    std::shared_ptr<AdaptiveBrightness> adaptive_;
+    Subscription builtinWatch_;
+    bool adaptiveStarted_ = false;
+    bool adaptiveInputPosted_ = false;
     VirtualScreens virtualScreens_;
     HiDPI hidpi_;
     Hotkeys hotkeys_;

@@ -50,17 +50,24 @@ void BrightnessControl::set(DisplayID display, double level) {
     switch (path(display)) {
         case BrightnessPath::backlight:
             setBuiltin(level);
-            return;
+            break;
         case BrightnessPath::ddc:
             deps_.ddc.set(display, VCP::brightness, level, kDdcBrightnessMax);
-            return;
+            break;
         case BrightnessPath::software: {
             ColorAdjust adjust = colorOf(display);
             adjust.dim = std::max(level, kSoftwareDimFloor);
             setColor(display, adjust);
-            return;
+            break;
         }
     }
+    if (!automatic_ && onUserChange_) onUserChange_(display, level);
+}
+
+void BrightnessControl::setAutomatically(DisplayID display, double level) {
+    automatic_ = true;
+    set(display, level);
+    automatic_ = false;
 }
 
 void BrightnessControl::step(DisplayID display, bool up, bool fine) {
@@ -92,8 +99,11 @@ void BrightnessControl::setBuiltin(double level) {
     builtin_.set(level);
 }
 
-void BrightnessControl::readBuiltin(DisplayID panel) {
-    if (auto level = brightness_.builtin(panel)) builtin_.set(*level);
+bool BrightnessControl::readBuiltin(DisplayID panel) {
+    const auto level = brightness_.builtin(panel);
+    if (!level) return false;
+    if (*level != builtin_.get()) builtin_.set(*level);
+    return true;
 }
 
 void BrightnessControl::setColor(DisplayID display, const ColorAdjust& adjust) {
@@ -113,8 +123,23 @@ void BrightnessControl::applyColor() {
     ColorMap online;
     for (DisplayID id : deps_.displays.onlineIDs()) {
         if (auto found = color_->find(id); found != color_->end()) online.insert(*found);
+        if (auto tint = tints_.find(id); tint != tints_.end()) {
+            ColorAdjust& adjust = online[id];  // the identity when the user set no colour
+            adjust.red *= tint->second.red;
+            adjust.green *= tint->second.green;
+            adjust.blue *= tint->second.blue;
+        }
     }
     gamma_.applyAll(online);
+}
+
+void BrightnessControl::setTint(DisplayID display, const std::optional<ChannelGains>& tint) {
+    if (tint) {
+        tints_[display] = *tint;
+    } else if (tints_.erase(display) == 0) {
+        return;
+    }
+    applyColor();
 }
 
 void BrightnessControl::dimToBlack(DisplayID display) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 
+#include "adaptive/Sun.h"
 #include "display/Brightness.h"
 #include "display/ColorAdjust.h"
 #include "display/Gamma.h"
@@ -61,20 +63,31 @@ class BrightnessControl {
     [[nodiscard]] BrightnessPath path(DisplayID display) const;
     // The brightness the model believes the display has, 0…1.
     [[nodiscard]] double level(DisplayID display) const;
+    // The user's choice: heard by the user-change handler.
     void set(DisplayID display, double level);
+    // A level chosen by the program (adaptive brightness), not by the user.
+    void setAutomatically(DisplayID display, double level);
+    // Called after each brightness the user sets through set(), step() or the slider.
+    void setOnUserChange(std::function<void(DisplayID, double)> handler) {
+        onUserChange_ = std::move(handler);
+    }
     // One key step on the 1/16 (fine: 1/64) grid, with the on-screen display.
     void step(DisplayID display, bool up, bool fine);
     // The card's slider: like set(), with the slider's own floor for software dimming.
     void setFromSlider(DisplayID display, double level);
     void setBuiltin(double level);
-    // Reads the panel's level into builtinBrightness; an unreadable level leaves the old one.
-    void readBuiltin(DisplayID panel);
+    // Reads the panel's level into builtinBrightness (published only when it differs); an
+    // unreadable level leaves the old one and gives false.
+    bool readBuiltin(DisplayID panel);
 
     void setColor(DisplayID display, const ColorAdjust& adjust);
     // The display's colour with `dim` replaced; no floor (0 is black).
     void setDim(DisplayID display, double dim);
     // Re-applies the saved colour of the online displays.
     void applyColor();
+    // Multiplies the display's colour channels by `tint` on top of the saved colour (the
+    // night colour of adaptive brightness); memory only, so a restart starts untinted.
+    void setTint(DisplayID display, const std::optional<ChannelGains>& tint);
     void resetColor() { gamma_.resetAll(); }
     // Blacks the display out, or brings it back to the dim it had before.
     void dimToBlack(DisplayID display);
@@ -87,6 +100,9 @@ class BrightnessControl {
     Gamma gamma_;
     Published<double> builtin_;
     Published<ColorMap> color_;
+    std::map<DisplayID, ChannelGains> tints_;
+    std::function<void(DisplayID, double)> onUserChange_;
+    bool automatic_ = false;
     std::map<DisplayID, double> savedDim_;  // memory only: a restart keeps a black screen black
 };
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "model/AppModel.h"
+#include "model/CaseFold.h"
 #include "model/CommandArguments.h"
 
 namespace lumora {
@@ -53,6 +54,7 @@ const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
         {"sleep-displays", &CommandDispatcher::sleepDisplays},
         {"virtual", &CommandDispatcher::virtualScreen},
         {"status", &CommandDispatcher::status, Entry::Wait::everyDisplay},
+        {"adaptive", &CommandDispatcher::adaptive, Entry::Wait::everyDisplay},
     };
     return entries;
 }
@@ -274,6 +276,24 @@ CommandResult CommandDispatcher::virtualScreen(Call& call) {
 
 CommandResult CommandDispatcher::status(Call& /*call*/) {
     return CommandResult::done();  // the status write after every command is all
+}
+
+CommandResult CommandDispatcher::adaptive(Call& call) {
+    const auto name = item(call.query, "value");
+    const auto mode = name ? parseAdaptiveMode(foldCase(*name)) : std::nullopt;
+    if (!mode) return CommandResult::nothing("adaptive needs off, sync, sensor or schedule");
+    const auto latitude = item(call.query, "latitude");
+    const auto longitude = item(call.query, "longitude");
+    if (latitude || longitude) {
+        const auto lat = latitude ? parseNumber(*latitude) : std::nullopt;
+        const auto lon = longitude ? parseNumber(*longitude) : std::nullopt;
+        if (!lat || !lon || !validLocation({*lat, *lon})) {
+            return CommandResult::nothing("latitude -90…90 and longitude -180…180 go together");
+        }
+        model_.adaptive().setLocation({*lat, *lon});
+    }
+    if (auto why = model_.adaptive().setMode(*mode)) return CommandResult::nothing(*why);
+    return CommandResult::done();
 }
 
 }  // namespace lumora

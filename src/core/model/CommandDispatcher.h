@@ -66,6 +66,7 @@ class CommandDispatcher {
     CommandResult sleepDisplays(Call& call);
     CommandResult virtualScreen(Call& call);
     CommandResult status(Call& call);
+    CommandResult adaptive(Call& call);
 
     AppModel& model_;
 };

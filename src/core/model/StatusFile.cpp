@@ -20,6 +20,7 @@ nlohmann::json AppModel::statusJson() const {
     status["lid"] = std::string(rawValue(lid_->machine().mode()));
     status["angle"] = lid_->angle().value_or(kUnknownAngle);
     status["restoreAfterWake"] = restoreAfterWake_.get();
+    status["adaptive"] = adaptive_->statusJson();
     nlohmann::json list = nlohmann::json::array();
     for (const DisplayInfo& d : displays_.get()) {
         nlohmann::json entry = {

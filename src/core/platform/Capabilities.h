@@ -21,6 +21,7 @@ struct Capabilities {
     bool displaySleep = false;
     bool systemSleep = false;
     bool idleInhibit = false;
+    bool ambientLight = false;  // a light sensor for adaptive brightness
 };
 
 }  // namespace lumora

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/AVServices.h"
+#include "platform/AmbientLight.h"
 #include "platform/Backlight.h"
 #include "platform/Capabilities.h"
 #include "platform/DisplayServer.h"
@@ -11,6 +12,7 @@
 #include "platform/Power.h"
 #include "platform/SystemEvents.h"
 #include "platform/VirtualDisplays.h"
+#include "platform/WallClock.h"
 
 namespace lumora {
 
@@ -36,6 +38,8 @@ class Platform {
     virtual LidSensor& lidSensor() = 0;
     virtual SystemEvents& systemEvents() = 0;
     virtual Input& input() = 0;
+    virtual AmbientLight& ambientLight() = 0;
+    virtual WallClock& wallClock() = 0;
 
     // This process has become the agent (or shows the panel): a backend that mirrors its state
     // to a file or watches its own inputs starts now. `log` outlives the platform.

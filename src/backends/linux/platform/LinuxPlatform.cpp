@@ -3,10 +3,12 @@
 #include <QDBusConnection>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <chrono>
 #include <cstdlib>
 #include <vector>
 
 #include "hw/DisplayBuses.h"
+#include "hw/IioLightSensor.h"
 #include "hw/LinuxAVServices.h"
 #include "hw/SysfsBacklight.h"
 #include "log/Log.h"
@@ -54,6 +56,14 @@ bool anyGamma(const DisplayServer& server) {
     return false;
 }
 
+class SystemWallClock final : public WallClock {
+  public:
+    [[nodiscard]] double utcSeconds() const override {
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
+    }
+};
+
 class LinuxPlatform final : public Platform {
   public:
     LinuxPlatform(Scheduler& scheduler, Log& log) : log_(log) {
@@ -100,6 +110,7 @@ class LinuxPlatform final : public Platform {
         c.ddc = ddcBuses_;
         c.displaySleep = power_->canSleepDisplays();
         c.systemSleep = c.idleInhibit = logind_->available();
+        c.ambientLight = light_.available();
         return c;
     }
 
@@ -111,6 +122,8 @@ class LinuxPlatform final : public Platform {
     LidSensor& lidSensor() override { return *lid_; }
     SystemEvents& systemEvents() override { return *events_; }
     Input& input() override { return *input_; }
+    AmbientLight& ambientLight() override { return light_; }
+    WallClock& wallClock() override { return clock_; }
 
     // While the agent runs its lid logic, logind must not act on the lid behind its back.
     void attach(Log& /*log*/) override {
@@ -229,6 +242,8 @@ class LinuxPlatform final : public Platform {
 #endif
     std::unique_ptr<Input> input_;
     std::unique_ptr<LinuxAVServices> av_;
+    IioLightSensor light_;
+    SystemWallClock clock_;
     bool ddcBuses_ = false;
     std::unique_ptr<LogindBacklightWriter> writer_;
     std::unique_ptr<SysfsBacklight> backlight_;
