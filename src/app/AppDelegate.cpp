@@ -162,6 +162,7 @@ void AppDelegate::cleanUp() {
     AppModel& model = app_.model();
     app_.log().write("Lumora quit");
     model.lid().shutdown();
+    model.adaptive().stop();
     model.hidpi().stopAll();
     app_.gamma().resetAll();
     model.virtualScreens().stopAll();

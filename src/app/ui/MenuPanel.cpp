@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "DisplayCard.h"
+#include "AdaptiveSection.h"
 #include "KeysSection.h"
 #include "LidSection.h"
 #include "ModelWatcher.h"
@@ -57,9 +58,11 @@ MenuPanel::MenuPanel(UiContext context, QWidget* parent)
     sectionsLayout_->setContentsMargins(0, 0, 0, 0);
     sectionsLayout_->setSpacing(style::kSectionSpacing);
     virtual_ = new VirtualSection(context_, sections_);
+    adaptive_ = new AdaptiveSection(context_, sections_);
     keys_ = new KeysSection(context_, sections_);
     lid_ = new LidSection(context_, sections_);
     sectionsLayout_->addWidget(virtual_);
+    sectionsLayout_->addWidget(adaptive_);
     sectionsLayout_->addWidget(keys_);
     sectionsLayout_->addWidget(lid_);
     outer_->addWidget(sections_);
@@ -129,6 +132,7 @@ void MenuPanel::updateFromModel() {
     updateHeader();
     updateCards();
     virtual_->updateValues();
+    adaptive_->updateValues();
     keys_->updateValues();
     lid_->updateValues();
     fitOrScroll();

@@ -14,6 +14,7 @@ class QVBoxLayout;
 namespace lumora::ui {
 
 class DisplayCard;
+class AdaptiveSection;
 class KeysSection;
 class LidSection;
 class ModelWatcher;
@@ -49,6 +50,7 @@ class MenuPanel : public QWidget {
     [[nodiscard]] std::vector<DisplayCard*> cards() const;
     [[nodiscard]] DisplayCard* card(DisplayID id) const;
     [[nodiscard]] VirtualSection* virtualSection() const { return virtual_; }
+    [[nodiscard]] AdaptiveSection* adaptiveSection() const { return adaptive_; }
     [[nodiscard]] KeysSection* keysSection() const { return keys_; }
     [[nodiscard]] LidSection* lidSection() const { return lid_; }
     [[nodiscard]] QPushButton* logButton() const { return log_; }
@@ -72,6 +74,7 @@ class MenuPanel : public QWidget {
     QScrollArea* scroll_ = nullptr;
     std::vector<DisplayCard*> cards_;  // in the model's order
     VirtualSection* virtual_ = nullptr;
+    AdaptiveSection* adaptive_ = nullptr;
     KeysSection* keys_ = nullptr;
     LidSection* lid_ = nullptr;
     QPushButton* log_ = nullptr;

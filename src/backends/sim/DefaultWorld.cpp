@@ -70,6 +70,7 @@ World defaultWorld() {
     World world;
     world.main = 1;
     world.displays = {laptopPanel(), officeMonitor(), projector()};
+    world.lightLux = 300;  // an office
     resolveWorld(world);
     return world;
 }

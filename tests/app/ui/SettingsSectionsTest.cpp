@@ -2,13 +2,18 @@
 // screens.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStandardItemModel>
 #include <QPushButton>
 #include <QTest>
 #include <QToolButton>
 
 #include "UiScenario.h"
+#include "adaptive/AdaptiveSettings.h"
 #include "input/KeyCodes.h"
 #include "sim/SimInput.h"
+#include "ui/AdaptiveSection.h"
 #include "ui/KeysSection.h"
 #include "ui/LidSection.h"
 #include "ui/ShortcutRecorder.h"
@@ -115,6 +120,50 @@ TEST_F(SettingsTest, SleepDelayPickerSelectsAListedDelayAndNothingElse) {
     model->setLidConfig(odd);
     settle();
     EXPECT_EQ(picker->currentIndex(), -1);
+}
+
+TEST_F(SettingsTest, AdaptiveSectionOffersWhatTheMachineHasAndAsksForThePlace) {
+    ui::AdaptiveSection& section = *panel().adaptiveSection();
+    QComboBox* picker = section.modePicker();
+    const auto* items = qobject_cast<QStandardItemModel*>(picker->model());
+    ASSERT_NE(items, nullptr);
+    EXPECT_FALSE(items->item(2)->isEnabled()) << "no light sensor in this world";
+    EXPECT_TRUE(items->item(1)->isEnabled());
+    const auto choose = [&](int index) {
+        picker->setCurrentIndex(index);
+        Q_EMIT picker->activated(index);
+        settle();
+    };
+
+    // The sun before a place: refused, and the place fields appear.
+    choose(3);
+    EXPECT_EQ(model->adaptive().mode(), AdaptiveMode::off);
+    EXPECT_EQ(section.problemLabel()->text(), "Сначала укажите широту и долготу");
+    EXPECT_FALSE(section.latitudeField()->isHidden());
+    section.latitudeField()->setText("52,52");
+    section.longitudeField()->setText("13.405");
+    Q_EMIT section.longitudeField()->editingFinished();
+    settle(1);
+    EXPECT_EQ(model->adaptive().mode(), AdaptiveMode::schedule);
+    EXPECT_EQ(loadAdaptiveLocation(defaults), (GeoLocation{52.52, 13.405}));
+    EXPECT_TRUE(section.problemLabel()->isHidden());
+    EXPECT_EQ(picker->currentIndex(), 3);
+
+    flip(section.nightToggle());
+    EXPECT_TRUE(loadNightColor(defaults).on);
+    ASSERT_EQ(section.displayToggles().size(), 2U);
+    ui::ToggleRow* monitor = section.displayToggles()[1];
+    EXPECT_EQ(monitor->label()->text(), "Projector");
+    EXPECT_TRUE(monitor->isChecked());
+    flip(monitor);
+    EXPECT_EQ(loadAdaptiveExcluded(defaults),
+              std::set<std::string>{model->inventory().server().persistentKey(3)});
+    EXPECT_FALSE(model->adaptive().target(3));
+
+    choose(0);
+    EXPECT_EQ(model->adaptive().mode(), AdaptiveMode::off);
+    EXPECT_TRUE(monitor->isHidden());
+    EXPECT_TRUE(section.nightToggle()->isHidden());
 }
 
 TEST_F(SettingsTest, VirtualScreensAreAddedSwitchedAndDeleted) {
