@@ -4,6 +4,7 @@
 #include <QScrollArea>
 
 #include "UiScenario.h"
+#include "ui/AdaptiveSection.h"
 #include "ui/KeysSection.h"
 #include "ui/LidSection.h"
 #include "ui/Render.h"
@@ -47,12 +48,13 @@ TEST_F(PanelTest, HeaderAndBuiltinCardFollowTheLid) {
 TEST_F(PanelTest, SectionsFollowTheCardsInOrderAndScrollOnlyWhenTheyDoNotFit) {
     startOn();
     QLayout* layout = panel().findChild<QWidget*>(QStringLiteral("sections"))->layout();
-    ASSERT_EQ(layout->count(), 6);
+    ASSERT_EQ(layout->count(), 7);
     for (int i = 0; i < 3; ++i)
         EXPECT_NE(dynamic_cast<ui::DisplayCard*>(layout->itemAt(i)->widget()), nullptr);
     EXPECT_EQ(layout->itemAt(3)->widget(), panel().virtualSection());
-    EXPECT_EQ(layout->itemAt(4)->widget(), panel().keysSection());
-    EXPECT_EQ(layout->itemAt(5)->widget(), panel().lidSection());
+    EXPECT_EQ(layout->itemAt(4)->widget(), panel().adaptiveSection());
+    EXPECT_EQ(layout->itemAt(5)->widget(), panel().keysSection());
+    EXPECT_EQ(layout->itemAt(6)->widget(), panel().lidSection());
     EXPECT_FALSE(panel().scrolling());
     EXPECT_EQ(panel().findChild<QScrollArea*>(), nullptr);
 

@@ -161,8 +161,10 @@ TEST_F(Commands, SleepDisplaysAndVirtualScreens) {
 TEST_F(Commands, StatusKeysAreSortedAndUnknownCommandsAreLogged) {
     model->handleURL("lumora://status");
     const std::string text = statusText();
-    EXPECT_LT(text.find("\"angle\""), text.find("\"displays\""));
-    EXPECT_LT(text.find("\"displays\""), text.find("\"lid\""));
+    // Top-level keys sit two spaces in.
+    EXPECT_LT(text.find("\n  \"adaptive\""), text.find("\n  \"angle\""));
+    EXPECT_LT(text.find("\n  \"angle\""), text.find("\n  \"displays\""));
+    EXPECT_LT(text.find("\n  \"displays\""), text.find("\n  \"lid\""));
     EXPECT_EQ(status()["angle"], 110);
     EXPECT_EQ(status()["lid"], "open");
     EXPECT_EQ(statusOf(2), (nlohmann::json{{"id", 2},
