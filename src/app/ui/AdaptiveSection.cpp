@@ -34,8 +34,8 @@ AdaptiveSection::AdaptiveSection(UiContext& context, QWidget* parent)
 
     auto* modeRow = new QHBoxLayout;
     modeRow->setSpacing(style::kRowSpacing * 2);
-    modeRow->addWidget(style::makeLabel(QStringLiteral("Мониторы следуют"), style::bodyFont(),
-                                        this, /*wrap=*/true),
+    modeRow->addWidget(style::makeLabel(QStringLiteral("Мониторы следуют"), style::bodyFont(), this,
+                                        /*wrap=*/true),
                        1);
     mode_ = new QComboBox(this);
     mode_->setObjectName(QStringLiteral("adaptiveMode"));
@@ -156,8 +156,8 @@ void AdaptiveSection::updateValues() {
     }
     const bool on = adaptive.mode() != AdaptiveMode::off;
     place_->setVisible(adaptive.mode() == AdaptiveMode::schedule || wantsSun_);
-    if (auto place = adaptive.location(); place && !latitude_->hasFocus() &&
-                                          !longitude_->hasFocus()) {
+    if (auto place = adaptive.location();
+        place && !latitude_->hasFocus() && !longitude_->hasFocus()) {
         latitude_->setText(QString::number(place->latitude));
         longitude_->setText(QString::number(place->longitude));
     }

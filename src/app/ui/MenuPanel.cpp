@@ -11,8 +11,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "DisplayCard.h"
 #include "AdaptiveSection.h"
+#include "DisplayCard.h"
 #include "KeysSection.h"
 #include "LidSection.h"
 #include "ModelWatcher.h"

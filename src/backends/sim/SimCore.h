@@ -49,7 +49,7 @@ struct SimDisplay {
     std::int32_t mode = 0;
     DisplayID mirrorOf = 0;
     double backlight = 0.5;
-    double worldBacklight = 0.5;  // as the world last set it: only a change there moves it
+    double worldBacklight = 0.5;      // as the world last set it: only a change there moves it
     std::optional<GammaRamps> gamma;  // nothing while the display shows its colour profile
     std::unique_ptr<SimDdcMonitor> ddc;
 
@@ -102,8 +102,8 @@ struct SimData {
     std::int64_t wakes = 0;  // the world's wake counter as last applied
     bool gammaResetOnWake = false;
     std::optional<WorldLid> lid;
-    std::optional<double> lux;      // the light sensor's reading; nothing: no sensor
-    std::optional<double> clock;    // the wall clock when clockSetAt was the uptime
+    std::optional<double> lux;    // the light sensor's reading; nothing: no sensor
+    std::optional<double> clock;  // the wall clock when clockSetAt was the uptime
     double clockSetAt = 0;
     std::optional<double> worldClock;  // the world file's clock as last applied
     SimLidSensorState lidSensor;

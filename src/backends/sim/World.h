@@ -79,7 +79,7 @@ struct World {
     bool accessibility = true;
     // Every increase while the machine runs is one sleep and wake.
     std::int64_t wakes = 0;
-    bool gammaResetOnWake = false;  // each wake puts every gamma table back to identity
+    bool gammaResetOnWake = false;   // each wake puts every gamma table back to identity
     std::optional<double> lightLux;  // "lightSensor": {"lux": N}; absent: no sensor
     std::optional<double> clock;     // UTC seconds since 1970; absent: the real time
     std::vector<WorldDisplay> displays;

@@ -307,8 +307,9 @@ void AdaptiveBrightness::setLocation(const GeoLocation& place) {
 void AdaptiveBrightness::setNightColor(const NightColor& night) {
     deps_.host.adaptiveWillChange();
     night_ = night;
-    night_.kelvin = std::clamp(std::isfinite(night.kelvin) ? night.kelvin : NightColor::kDefaultKelvin,
-                               NightColor::kWarmest, NightColor::kCoolest);
+    night_.kelvin =
+        std::clamp(std::isfinite(night.kelvin) ? night.kelvin : NightColor::kDefaultKelvin,
+                   NightColor::kWarmest, NightColor::kCoolest);
     saveNightColor(deps_.defaults, night_);
     updateTint();
 }

@@ -75,7 +75,7 @@ class AdaptiveBrightness : public std::enable_shared_from_this<AdaptiveBrightnes
     static constexpr double kSettled = 0.005;
     static constexpr double kUserHold = 3.0;
     static constexpr double kSyncHysteresis = 0.03;
-    static constexpr double kSensorHysteresis = 0.1;  // of the last lux
+    static constexpr double kSensorHysteresis = 0.1;     // of the last lux
     static constexpr double kScheduleHysteresis = 0.36;  // degrees: 3 % of the twilight
     static constexpr double kTintChange = 0.005;
 
@@ -147,8 +147,8 @@ class AdaptiveBrightness : public std::enable_shared_from_this<AdaptiveBrightnes
     std::optional<GeoLocation> location_;
     NightColor night_;
 
-    std::optional<double> input_;        // last reading
-    std::optional<double> acted_;        // the reading the targets were computed from
+    std::optional<double> input_;  // last reading
+    std::optional<double> acted_;  // the reading the targets were computed from
     std::map<DisplayID, double> targets_;
     std::map<DisplayID, double> heldUntil_;  // uptime
     std::map<DisplayID, ChannelGains> tints_;

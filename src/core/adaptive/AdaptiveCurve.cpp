@@ -63,8 +63,8 @@ void AdaptiveCurve::correct(double input, double level) {
     if (!std::isfinite(input) || !std::isfinite(level)) return;
     level = clampLevel(level);
     const double here = position(input);
-    std::erase_if(points_,
-                  [&](const CurvePoint& p) { return std::abs(position(p.input) - here) < nearby_; });
+    std::erase_if(
+        points_, [&](const CurvePoint& p) { return std::abs(position(p.input) - here) < nearby_; });
     // The user's corrections bound what the starting curve still says: between two of them
     // the curve is the straight line the user drew, not the default's bends.
     double leftLearned = -std::numeric_limits<double>::infinity();
@@ -134,8 +134,8 @@ std::optional<std::vector<CurvePoint>> AdaptiveCurve::pointsFromJson(const nlohm
         for (const auto& number : item) {
             if (!number.is_number() || !std::isfinite(number.get<double>())) return std::nullopt;
         }
-        points.push_back({item[0].get<double>(), clampLevel(item[1].get<double>()),
-                          item[2].get<double>() != 0});
+        points.push_back(
+            {item[0].get<double>(), clampLevel(item[1].get<double>()), item[2].get<double>() != 0});
     }
     return points;
 }

@@ -39,7 +39,8 @@ class AdaptiveCurve {
     void correct(double input, double level);
     [[nodiscard]] const std::vector<CurvePoint>& points() const { return points_; }
 
-    // Nothing unless an array of curvePointsJson's triples with finite numbers (levels are clamped).
+    // Nothing unless an array of curvePointsJson's triples with finite numbers (levels are
+    // clamped).
     [[nodiscard]] static std::optional<std::vector<CurvePoint>> pointsFromJson(
         const nlohmann::json& json);
 

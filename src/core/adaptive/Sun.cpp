@@ -46,8 +46,8 @@ double solarElevation(double utcSeconds, const GeoLocation& place) {
         (meanLongitude + 1.915 * std::sin(meanAnomaly) + 0.020 * std::sin(2 * meanAnomaly)) *
         kDegree;
     const double obliquity = (23.439 - 0.0000004 * n) * kDegree;
-    const double rightAscension = std::atan2(std::cos(obliquity) * std::sin(eclipticLongitude),
-                                             std::cos(eclipticLongitude));
+    const double rightAscension =
+        std::atan2(std::cos(obliquity) * std::sin(eclipticLongitude), std::cos(eclipticLongitude));
     const double declination = std::asin(std::sin(obliquity) * std::sin(eclipticLongitude));
     const double siderealHours = 18.697374558 + 24.06570982441908 * n;
     const double hourAngle =

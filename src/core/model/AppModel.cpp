@@ -26,10 +26,9 @@ AppModel::AppModel(Passkey, AppPorts ports)
                               ports.platform.lidSensor(), ports.platform.systemEvents(),
                               ports.defaults, ports.log})),
       adaptiveLink_(std::make_unique<AdaptiveLink>(*this)),
-      adaptive_(AdaptiveBrightness::create(
-          AdaptiveBrightness::Deps{ports.scheduler, ports.defaults, ports.log,
-                                   ports.platform.ambientLight(), ports.platform.wallClock(),
-                                   *adaptiveLink_})),
+      adaptive_(AdaptiveBrightness::create(AdaptiveBrightness::Deps{
+          ports.scheduler, ports.defaults, ports.log, ports.platform.ambientLight(),
+          ports.platform.wallClock(), *adaptiveLink_})),
       virtualScreens_(ports.displays, ports.platform.virtualDisplays(), ports.defaults, ports.log),
       hidpi_(ports.displays, ports.platform.virtualDisplays(), ports.scheduler, ports.defaults,
              ports.log),

@@ -4,8 +4,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QStandardItemModel>
 #include <QPushButton>
+#include <QStandardItemModel>
 #include <QTest>
 #include <QToolButton>
 

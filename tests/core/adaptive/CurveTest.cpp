@@ -43,12 +43,10 @@ TEST(AdaptiveCurve, LuxInterpolatesOnALogScaleAndStartingBendsBetweenCorrections
     // 10-lux one is pulled down so the curve never falls.
     const double t = (std::log10(78.0) - std::log10(21.0)) / (std::log10(301.0) - std::log10(21.0));
     EXPECT_NEAR(curve.at(77), 0.2 + 0.4 * t, 1e-12);
-    EXPECT_EQ(curve.points(), (std::vector<CurvePoint>{{0, 0.10},
-                                                       {10, 0.2},
-                                                       {20, 0.2, true},
-                                                       {300, 0.6, true},
-                                                       {1000, 0.75},
-                                                       {10000, 1.0}}));
+    EXPECT_EQ(
+        curve.points(),
+        (std::vector<CurvePoint>{
+            {0, 0.10}, {10, 0.2}, {20, 0.2, true}, {300, 0.6, true}, {1000, 0.75}, {10000, 1.0}}));
 }
 
 TEST(AdaptiveCurve, StaysMonotoneAndSmallAfterAnySequenceOfCorrections) {
@@ -71,11 +69,12 @@ TEST(AdaptiveCurve, StaysMonotoneAndSmallAfterAnySequenceOfCorrections) {
 }
 
 TEST(AdaptiveCurve, StoredPointsAreCheckedAndRepaired) {
-    for (const char* bad : {R"(null)", R"([])", R"([[0, 1]])", R"([[0, "1", 0]])",
-                            R"({"0": 1})", R"([[0, 1, 0], 5])"}) {
+    for (const char* bad : {R"(null)", R"([])", R"([[0, 1]])", R"([[0, "1", 0]])", R"({"0": 1})",
+                            R"([[0, 1, 0], 5])"}) {
         EXPECT_FALSE(AdaptiveCurve::pointsFromJson(nlohmann::json::parse(bad))) << bad;
     }
-    const auto points = AdaptiveCurve::pointsFromJson(nlohmann::json::parse("[[1, 0.2, 0], [0, 1.7, 1]]"));
+    const auto points =
+        AdaptiveCurve::pointsFromJson(nlohmann::json::parse("[[1, 0.2, 0], [0, 1.7, 1]]"));
     ASSERT_TRUE(points);
     // Sorted, clamped and made non-decreasing.
     const AdaptiveCurve curve{CurveScale::linear, 0.1, *points};

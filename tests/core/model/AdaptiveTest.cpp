@@ -3,8 +3,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "adaptive/AdaptiveSettings.h"
 #include "ModelScenario.h"
+#include "adaptive/AdaptiveSettings.h"
 
 namespace lumora::test {
 namespace {
@@ -50,9 +50,12 @@ TEST_F(Adaptive, SensorModeFollowsTheRoomInSmallQuietSteps) {
     // The lights go down: 5-point steps, one write per 200 ms at most.
     machine->setLightLux(20);
     clock.advance(5);
-    EXPECT_EQ(ddcWrites(0x10),
-              (DdcWrites{{kOffice, 54}, {kOffice, 49}, {kOffice, 44}, {kOffice, 39}, {kOffice, 34},
-                         {kOffice, 31}}));
+    EXPECT_EQ(ddcWrites(0x10), (DdcWrites{{kOffice, 54},
+                                          {kOffice, 49},
+                                          {kOffice, 44},
+                                          {kOffice, 39},
+                                          {kOffice, 34},
+                                          {kOffice, 31}}));
     // Each write goes out twice in a row; the first transmissions are a step apart.
     std::vector<double> times;
     bool second = false;
@@ -130,7 +133,8 @@ TEST_F(Adaptive, SyncFollowsTheBuiltInDisplayWhateverMovedIt) {
 
 TEST_F(Adaptive, ModesTheMachineCannotFollowAreRefusedWithOneLine) {
     startWith(std::nullopt);
-    EXPECT_EQ(command("lumora://adaptive?value=sensor").problem, "no ambient light sensor on this machine");
+    EXPECT_EQ(command("lumora://adaptive?value=sensor").problem,
+              "no ambient light sensor on this machine");
     EXPECT_EQ(command("lumora://adaptive?value=schedule").problem,
               "no location set (latitude and longitude)");
     EXPECT_EQ(command("lumora://adaptive?value=bright").problem,
@@ -155,7 +159,8 @@ TEST_F(Adaptive, ScheduleFollowsTheSunThroughADayWithFewWrites) {
     startWith(std::nullopt);
     machine->setClock(sim::parseUtcTime("2026-06-21T00:00:00Z").value());
     model->adaptive().setNightColor({true, 4000});
-    ASSERT_TRUE(command("lumora://adaptive?value=schedule&latitude=52.52&longitude=13.405").carriedOut);
+    ASSERT_TRUE(
+        command("lumora://adaptive?value=schedule&latitude=52.52&longitude=13.405").carriedOut);
     clock.advance(3);
     const auto nightRamp = machine->gamma(kProjector);
     ASSERT_TRUE(nightRamp);
