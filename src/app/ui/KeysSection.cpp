@@ -29,7 +29,10 @@ KeysSection::KeysSection(UiContext& context, QWidget* parent) : QFrame(parent), 
 
     AppModel& model = context_.model;
     brightnessKeys_ = new ToggleRow(
-        QStringLiteral("Клавиши яркости Mac управляют внешним монитором под курсором"), this);
+        context_.keyNames == KeyNames::symbols
+            ? QStringLiteral("Клавиши яркости Mac управляют внешним монитором под курсором")
+            : QStringLiteral("Клавиши яркости управляют внешним монитором под курсором"),
+        this);
     brightnessKeys_->setObjectName(QStringLiteral("brightnessKeys"));
     brightnessKeys_->setOnToggled([&model](bool on) { model.setBrightnessKeys(on); });
     layout->addWidget(brightnessKeys_);
@@ -81,7 +84,11 @@ KeysSection::KeysSection(UiContext& context, QWidget* parent) : QFrame(parent), 
     }
 
     auto* footnote = style::makeLabel(
-        QStringLiteral("Запись: нажмите кнопку и сочетание с ⌘/⌥/⌃/⇧. Esc — отмена, ⌫ — очистить."),
+        context_.keyNames == KeyNames::symbols
+            ? QStringLiteral(
+                  "Запись: нажмите кнопку и сочетание с ⌘/⌥/⌃/⇧. Esc — отмена, ⌫ — очистить.")
+            : QStringLiteral("Запись: нажмите кнопку и сочетание с Ctrl/Alt/Shift/Super. Esc — "
+                             "отмена, Backspace — очистить."),
         style::captionFont(), this, /*wrap=*/true);
     style::setTextColor(footnote, style::secondaryLabelColor());
     layout->addWidget(footnote);
@@ -96,7 +103,8 @@ void KeysSection::updateValues() {
     permission_->setVisible(model.brightnessKeys().get() && !model.accessibilityOK().get());
     for (const auto& [action, button] : buttons_) {
         button->setText(
-            shortcutButtonText(action, model.recording().get(), model.shortcuts().get()));
+            shortcutButtonText(action, model.recording().get(), model.shortcuts().get(),
+                               context_.keyNames));
     }
     recorder_->sync();
 }

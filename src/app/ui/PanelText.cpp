@@ -51,11 +51,11 @@ QString virtualScreenName(std::int64_t width, std::int64_t height) {
 }
 
 QString shortcutButtonText(ShortcutAction action, std::optional<ShortcutAction> recording,
-                           const ShortcutMap& shortcuts) {
+                           const ShortcutMap& shortcuts, KeyNames names) {
     if (recording == action) return QStringLiteral("Нажмите сочетание…");
     auto found = shortcuts.find(action);
     if (found == shortcuts.end()) return QStringLiteral("—");
-    return utf8(found->second.label);
+    return utf8(shownLabel(found->second, names));
 }
 
 }  // namespace lumora::ui

@@ -25,9 +25,9 @@ namespace lumora::ui {
 // The name a screen added from the menu gets: "Lumora 1920×1080".
 [[nodiscard]] QString virtualScreenName(std::int64_t width, std::int64_t height);
 // The shortcut button's text: the prompt while recording this action, else the binding's
-// label, else "—".
+// label as `names` writes it, else "—".
 [[nodiscard]] QString shortcutButtonText(ShortcutAction action,
                                          std::optional<ShortcutAction> recording,
-                                         const ShortcutMap& shortcuts);
+                                         const ShortcutMap& shortcuts, KeyNames names);
 
 }  // namespace lumora::ui

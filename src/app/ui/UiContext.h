@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "display/Displays.h"
+#include "input/Shortcut.h"
 #include "model/AppModel.h"
 #include "platform/Session.h"
 
@@ -21,6 +22,12 @@ struct UiContext {
     std::function<void()> promptForTrust;  // shows the system's accessibility prompt
     // Opens a file in its default application; QDesktopServices when empty.
     std::function<void(const QUrl&)> openUrl;
+    // Shortcuts read ⌃⌥⇧⌘ on a Mac and Ctrl+Alt+Shift+Super elsewhere.
+#ifdef Q_OS_MACOS
+    KeyNames keyNames = KeyNames::symbols;
+#else
+    KeyNames keyNames = KeyNames::words;
+#endif
 };
 
 }  // namespace lumora::ui

@@ -40,4 +40,12 @@ struct Shortcut {
 
 std::ostream& operator<<(std::ostream& out, const Shortcut& shortcut);
 
+// How key combinations are written for the user: the Mac's symbols (⌃⌥⇧⌘B) or the words of
+// the other systems (Ctrl+Alt+Shift+Super+B).
+enum class KeyNames { symbols, words };
+
+// The shortcut as the user reads it. The stored label (symbols) as it is; in words, the held
+// modifiers in the order Ctrl, Alt, Shift, Super, then the key, joined by "+".
+[[nodiscard]] std::string shownLabel(const Shortcut& shortcut, KeyNames names);
+
 }  // namespace lumora

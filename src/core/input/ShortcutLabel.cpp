@@ -42,6 +42,8 @@ constexpr std::array<ModifierSymbol, 4> kModifierSymbols{{
     {Modifier::shift, kMaskShift, "⇧"},
     {Modifier::command, kMaskCommand, "⌘"},
 }};
+// The same modifiers as PC keyboards name them.
+constexpr std::array<std::string_view, 4> kModifierWords{"Ctrl", "Alt", "Shift", "Super"};
 
 // Upper case for the scripts a keyboard layout here is likely to type: ASCII, Latin-1 and
 // basic Cyrillic (a Russian layout reports Cyrillic letters). Letters without a one-to-one
@@ -81,6 +83,30 @@ std::string keyText(const KeyEvent& event) {
 }
 
 }  // namespace
+
+std::string shownLabel(const Shortcut& shortcut, KeyNames names) {
+    if (names == KeyNames::symbols) return shortcut.label;
+    // The key is what follows the modifier symbols the label starts with.
+    std::string_view key = shortcut.label;
+    for (bool stripped = true; stripped;) {
+        stripped = false;
+        for (const ModifierSymbol& m : kModifierSymbols) {
+            if (key.starts_with(m.symbol)) {
+                key.remove_prefix(m.symbol.size());
+                stripped = true;
+            }
+        }
+    }
+    std::string out;
+    for (std::size_t i = 0; i < kModifierSymbols.size(); ++i) {
+        if ((shortcut.modifiers & kModifierSymbols[i].mask) == 0) continue;
+        out += kModifierWords[i];
+        out += '+';
+    }
+    out += key;
+    if (key.empty() && !out.empty()) out.pop_back();
+    return out;
+}
 
 std::optional<Shortcut> Shortcut::from(const KeyEvent& event) {
     Shortcut shortcut;

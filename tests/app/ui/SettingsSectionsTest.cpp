@@ -54,14 +54,16 @@ class SettingsTest : public UiScenario {
 
 TEST_F(SettingsTest, RecordingMovesBetweenActionsAndTypedCombinationsBind) {
     const QString waiting = "Нажмите сочетание…";
-    EXPECT_EQ(buttonTexts(), (QStringList{"⌃⌥⌘↑", "⌃⌥⌘↓", "⌃⌥⌘B", "—", "⌃⌥⌘H", "—"}));
+    EXPECT_EQ(buttonTexts(), (QStringList{"Ctrl+Alt+Super+↑", "Ctrl+Alt+Super+↓",
+                                          "Ctrl+Alt+Super+B", "—", "Ctrl+Alt+Super+H", "—"}));
     press(ShortcutAction::brightnessUp);
     EXPECT_TRUE(keys().recorder()->installed());
     button(ShortcutAction::brightnessUp)->setFocus();
     type(ShortcutAction::brightnessUp, Qt::Key_Space);  // swallowed: the button does not click
     EXPECT_EQ(model->recording().get(), ShortcutAction::brightnessUp);
     press(ShortcutAction::sleepDisplays);
-    EXPECT_EQ(buttonTexts(), (QStringList{"⌃⌥⌘↑", "⌃⌥⌘↓", "⌃⌥⌘B", "—", "⌃⌥⌘H", waiting}));
+    EXPECT_EQ(buttonTexts(), (QStringList{"Ctrl+Alt+Super+↑", "Ctrl+Alt+Super+↓",
+                                          "Ctrl+Alt+Super+B", "—", "Ctrl+Alt+Super+H", waiting}));
     press(ShortcutAction::sleepDisplays);
     EXPECT_EQ(model->recording().get(), std::nullopt);
     EXPECT_FALSE(keys().recorder()->installed());
@@ -74,10 +76,14 @@ TEST_F(SettingsTest, RecordingMovesBetweenActionsAndTypedCombinationsBind) {
     EXPECT_EQ(model->recording().get(), std::nullopt);
     EXPECT_EQ(model->shortcuts()->at(ShortcutAction::toggleBuiltin),
               (Shortcut{40, kMaskControl | kMaskShift, "⌃⇧K"}));
-    EXPECT_EQ(buttonTexts(), (QStringList{"⌃⌥⌘↑", "⌃⌥⌘↓", "⌃⌥⌘B", "⌃⇧K", "⌃⌥⌘H", "—"}));
+    EXPECT_EQ(buttonTexts(), (QStringList{"Ctrl+Alt+Super+↑", "Ctrl+Alt+Super+↓",
+                                          "Ctrl+Alt+Super+B", "Ctrl+Shift+K", "Ctrl+Alt+Super+H",
+                                          "—"}));
 }
 
 TEST_F(SettingsTest, BrightnessKeysPermissionRowLidTogglesAndLogin) {
+    EXPECT_EQ(keys().brightnessKeysToggle()->label()->text(),
+              "Клавиши яркости управляют внешним монитором под курсором");
     EXPECT_TRUE(keys().brightnessKeysToggle()->isChecked());
     EXPECT_TRUE(keys().permissionRow()->isHidden()) << "trusted: no permission row";
     flip(keys().brightnessKeysToggle());

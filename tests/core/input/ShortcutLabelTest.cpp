@@ -25,6 +25,21 @@ TEST(ShortcutLabel, ModifiersAlwaysPrintAsControlOptionShiftCommand) {
     EXPECT_EQ(from(kKeyB, {M::shift, M::command, M::control, M::option}, "b"), all);
 }
 
+TEST(ShortcutLabel, OtherSystemsReadTheStoredSymbolsAsWordsInAFixedOrder) {
+    const std::pair<Shortcut, const char*> cases[] = {
+        {{kKeyB, 0x1B00, "⌃⌥⇧⌘B"}, "Ctrl+Alt+Shift+Super+B"},
+        {{kKeyUpArrow, 0x1900, "⌃⌥⌘↑"}, "Ctrl+Alt+Super+↑"},
+        {{kKeySpace, 0x900, "⌥⌘Space"}, "Alt+Super+Space"},
+        {{kKeyA, 0x1000, "⌃"}, "Ctrl"},               // a key that typed nothing
+        {{kKeyA, 0x200, "K"}, "Shift+K"},             // an older label without its symbols
+        {{kKeyA, 0x1000, "⌃⌃\xE2"}, "Ctrl+\xE2"},  // repeated symbols, broken UTF-8
+    };
+    for (const auto& [shortcut, words] : cases) {
+        EXPECT_EQ(shownLabel(shortcut, KeyNames::words), words) << shortcut;
+        EXPECT_EQ(shownLabel(shortcut, KeyNames::symbols), shortcut.label);
+    }
+}
+
 TEST(ShortcutLabel, NamedKeysReplaceWhatTheSystemTypesAndOtherTextIsUpperCased) {
     // Function and arrow keys type private-use characters (U+F700…); the table names them up
     // to F6, so F7 keeps the system's own text. Typed text is upper-cased where that is one to
