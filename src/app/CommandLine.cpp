@@ -148,7 +148,9 @@ std::string helpText() {
     }
     out +=
         "\nThe display comes first and is part of its name, its id, main, builtin or cursor (the\n"
-        "display under the pointer, also when left off): `lumora dim 3` dims display 3 to black,\n"
+        "display under the pointer, also when left off; where the system does not tell where the\n"
+        "pointer is, as on Wayland, the display last set in the panel or named by a command,\n"
+        "else the main display): `lumora dim 3` dims display 3 to black,\n"
         "`lumora dim 3 40` to 40 %, `lumora brightness cursor 70` sets the display under the\n"
         "pointer. Words may be left off from the end only; KEY=VALUE sets any of the command's\n"
         "keys by name (`lumora virtual 1280x720 hidpi=0`). A value above 1 is a percentage.\n"

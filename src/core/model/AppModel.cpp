@@ -115,7 +115,10 @@ void AppModel::start() {
 void AppModel::startAdaptive() {
     const std::weak_ptr<AppModel> weak = weak_from_this();
     brightness_.setOnUserChange([weak](DisplayID display, double level) {
-        if (auto self = weak.lock()) self->adaptive_->userChanged(display, level);
+        auto self = weak.lock();
+        if (!self) return;
+        self->choose(display);
+        self->adaptive_->userChanged(display, level);
     });
     // The built-in level is read after the change it announces, once per burst.
     builtinWatch_ = brightness_.builtinBrightness().subscribe([weak] {

@@ -168,7 +168,13 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     void setVirtualScreenEnabled(std::uint32_t id, bool enabled);
     // The physical display under the pointer; a monitor in HiDPI is named by its own id.
     [[nodiscard]] std::optional<DisplayID> displayUnderCursor() const;
-    // "cursor", "main", "builtin" (any case), a decimal id, or part of a display's name.
+    // The display an action without a named display acts on: the one under the pointer;
+    // where the platform cannot tell where the pointer is, the display last chosen in the
+    // panel or named by a command, else the main display.
+    [[nodiscard]] std::optional<DisplayID> actionDisplay() const;
+    void choose(DisplayID display) { chosen_ = display; }
+    // Empty or "cursor": actionDisplay(). Else "main", "builtin" (any case), a decimal id, or
+    // part of a display's name.
     [[nodiscard]] std::optional<DisplayID> resolve(std::optional<std::string_view> argument) const;
 
     // --- Command interface ---
@@ -235,6 +241,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     std::unique_ptr<AdaptiveLink> adaptiveLink_;
     std::shared_ptr<AdaptiveBrightness> adaptive_;
     Subscription builtinWatch_;
+    std::optional<DisplayID> chosen_;  // this session only
     bool adaptiveStarted_ = false;
     bool adaptiveInputPosted_ = false;
     VirtualScreens virtualScreens_;

@@ -87,7 +87,13 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
         return;
     }
     Call call{command, query, onArgument(query), levelArgument(query), std::nullopt};
-    call.display = model_.resolve(item(query, "display"));
+    const auto named = item(query, "display");
+    call.display = model_.resolve(named);
+    // A display named by a command is the one later actions fall back to where the pointer
+    // cannot be found.
+    if (call.display && named && !named->empty() && foldCase(*named) != "cursor") {
+        model_.choose(*call.display);
+    }
     // A command for no display has no scan of its own to wait for.
     const bool waits = entry->wait == Entry::Wait::everyDisplay ||
                        (entry->wait == Entry::Wait::itsDisplay && call.display);
@@ -253,7 +259,12 @@ CommandResult CommandDispatcher::ddc(Call& call) {
 
 CommandResult CommandDispatcher::sleepDisplays(Call& call) {
     if (!model_.capabilities().displaySleep) return unavailable(call, "display sleep");
-    model_.perform(ShortcutAction::sleepDisplays);
+    // Every display sleeps: which one is under the pointer does not matter.
+    const PowerRequest request = model_.ports_.platform.power().sleepDisplays();
+    if (!request.started) {
+        model_.log().write("sleep displays: " + request.error);
+        return CommandResult::nothing("the displays did not go to sleep: " + request.error);
+    }
     return CommandResult::done();
 }
 

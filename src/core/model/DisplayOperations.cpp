@@ -1,5 +1,6 @@
 // The model's operations on displays that the interface and the commands share: HiDPI,
 // configuration with a refresh after it, virtual screens, and naming displays.
+#include <algorithm>
 #include <limits>
 #include <string>
 
@@ -97,10 +98,21 @@ std::optional<DisplayID> AppModel::displayUnderCursor() const {
     return std::nullopt;
 }
 
+std::optional<DisplayID> AppModel::actionDisplay() const {
+    if (ports_.platform.displayServer().pointerLocation()) return displayUnderCursor();
+    // The pointer's place is unknown (Wayland): the display chosen last, else the main one.
+    const std::vector<DisplayID> online = ports_.displays.onlineIDs();
+    if (chosen_ && std::find(online.begin(), online.end(), *chosen_) != online.end()) {
+        return chosen_;
+    }
+    const DisplayID main = ports_.platform.displayServer().mainDisplay();
+    return main == 0 ? std::nullopt : std::optional<DisplayID>(main);
+}
+
 std::optional<DisplayID> AppModel::resolve(std::optional<std::string_view> argument) const {
-    if (!argument || argument->empty()) return displayUnderCursor();
+    if (!argument || argument->empty()) return actionDisplay();
     const std::string word = asciiLower(*argument);
-    if (word == "cursor") return displayUnderCursor();
+    if (word == "cursor") return actionDisplay();
     if (word == "main") {
         const DisplayID main = ports_.platform.displayServer().mainDisplay();
         return main == 0 ? std::nullopt : std::optional<DisplayID>(main);

@@ -5,8 +5,8 @@
 namespace lumora {
 
 void AppModel::perform(ShortcutAction action) {
-    // Deliberately nothing without a display under the pointer, whatever the action.
-    const auto display = displayUnderCursor();
+    // Deliberately nothing when the pointer is on no display, whatever the action.
+    const auto display = actionDisplay();
     if (!display) return;
     const bool stepsBrightness =
         action == ShortcutAction::brightnessUp || action == ShortcutAction::brightnessDown;
@@ -90,7 +90,7 @@ void AppModel::stopRecording() {
 
 bool AppModel::brightnessKeyPressed(bool up, bool fine) {
     if (!brightnessKeys_.get()) return false;
-    const auto display = displayUnderCursor();
+    const auto display = actionDisplay();
     // The built-in panel keeps the system's own brightness behaviour.
     if (!display || ports_.platform.displayServer().isBuiltin(*display)) return false;
     // Swallowed now; a monitor still in its first scan is stepped once the scan is done.

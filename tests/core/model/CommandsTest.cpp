@@ -158,6 +158,41 @@ TEST_F(Commands, SleepDisplaysAndVirtualScreens) {
     EXPECT_EQ(status()["displays"].size(), 5u);
 }
 
+// Wayland tells no pointer position: the display last named, else the main one, takes it.
+class CommandsWithoutPointer : public ModelScenario {
+  protected:
+    void SetUp() override {
+        start("laptopAndExternal.json", /*events=*/true);
+        eventServer->pointerKnown = false;
+    }
+};
+
+TEST_F(CommandsWithoutPointer, ActOnTheDisplayLastChosenElseTheMainOne) {
+    model->handleURL("lumora://brightness-up");
+    EXPECT_EQ(model->builtinBrightness().get(), 0.5625);  // the main display, the laptop's
+
+    model->handleURL("lumora://brightness?display=projector&value=40");
+    model->handleURL("lumora://dim?value=0.2");
+    EXPECT_EQ(model->color()->at(3).dim, 0.2);
+    model->perform(ShortcutAction::dimToBlack);
+    EXPECT_EQ(model->color()->at(3).dim, 0.0);
+    // The panel's slider chooses too.
+    model->brightness().setFromSlider(2, 0.3);
+    model->handleURL("lumora://brightness-down");
+    clock.advance(1);
+    EXPECT_EQ(stateOf(2)["vcp"]["0x10"], 25);  // 0.3 snaps to 5/16, one step down is 4/16
+    // A chosen display that went away gives the main display back.
+    machine->setOnline(2, false);
+    eventServer->fire(2, DisplayChange::removed);
+    clock.advance(1);
+    model->handleURL("lumora://brightness-down");
+    EXPECT_EQ(model->builtinBrightness().get(), 0.5);
+
+    // Sleeping the displays never depended on the pointer.
+    model->handleURL("lumora://sleep-displays");
+    EXPECT_EQ(machine->state()["power"]["displaySleeps"], 1);
+}
+
 TEST_F(Commands, StatusKeysAreSortedAndUnknownCommandsAreLogged) {
     model->handleURL("lumora://status");
     const std::string text = statusText();

@@ -36,6 +36,12 @@ class EventServer final : public ForwardingDisplayServer {
             handler(id, change);
     }
 
+    // Where the pointer is: false makes it unknown, as on Wayland.
+    bool pointerKnown = true;
+    std::optional<Point> pointerLocation() const override {
+        return pointerKnown ? ForwardingDisplayServer::pointerLocation() : std::nullopt;
+    }
+
     // Kept here only: the hardware's own events do not reach the model through this server.
     int addReconfigurationHandler(ReconfigurationHandler handler) override {
         handlers_.push_back(std::move(handler));
