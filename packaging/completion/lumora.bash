@@ -74,7 +74,7 @@ _lumora() {
 
     if [[ ${#words[@]} -eq 0 ]]; then
         _lumora_offer "$cur" < <(printf '%s\n' hidpi brightness brightness-up brightness-down \
-            connect disconnect main mode dim ddc sleep-displays virtual status adaptive)
+            connect disconnect main mode dim ddc sleep-displays virtual status panel adaptive)
         return 0
     fi
 
@@ -84,7 +84,7 @@ _lumora() {
             disconnect:1 | main:1 | mode:1 | dim:1 | ddc:1)
             _lumora_offer "$cur" < <(_lumora_displays)
             ;;
-        hidpi:2 | connect:2)
+        hidpi:2 | connect:2 | panel:1)
             _lumora_offer "$cur" < <(printf '%s\n' on off)
             ;;
         ddc:2)

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QObject>
+#include <QSystemTrayIcon>
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
@@ -11,6 +12,7 @@
 #include <thread>
 
 #include "Application.h"
+#include "PanelWindow.h"
 #include "CommandOutcome.h"
 #include "Preview.h"
 #include "Tray.h"
@@ -47,7 +49,9 @@ InstanceChannel::Answer answerFor(const CommandResult& result, bool withStatus,
 AppDelegate::AppDelegate(Application& app) : app_(app), connections_(std::make_unique<QObject>()) {}
 
 AppDelegate::~AppDelegate() {
+    trayWatch_.reset();
     tray_.reset();
+    panelWindow_.reset();
     preview_.reset();
     signals_.reset();
     channel_.reset();
@@ -85,7 +89,7 @@ std::optional<int> AppDelegate::launch() {
     installSignalHandlers();
     QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
                      connections_.get(), [this] { cleanUp(); });
-    showTrayIcon();
+    showPanel();
 
     if (const auto& url = app_.commandLine().url) {
         // This process is the agent now: nobody waits for an exit status, so the outcome is
@@ -113,6 +117,12 @@ std::optional<int> AppDelegate::startPreview() {
 int AppDelegate::deferToRunningAgent() {
     const auto& url = app_.commandLine().url;
     if (!url) {
+        // Launched again (the app grid, the desktop entry): the running agent shows its panel.
+        std::ostringstream quiet;
+        if (handOverCommand(app_.paths().instanceSocket, kOpenPanelUrl, false, quiet, quiet) ==
+            0) {
+            return 0;
+        }
         app_.log().write("another Lumora is running; exiting");
         return 0;
     }
@@ -147,18 +157,41 @@ void AppDelegate::installSignalHandlers() {
     }
 }
 
-void AppDelegate::showTrayIcon() {
+void AppDelegate::showPanel() {
     if (!app_.showsWindows()) return;
+    panelWindow_ = std::make_unique<PanelWindow>(app_.uiContext());
+    app_.model().setPanelHandler([this](std::optional<bool> on) { panelWindow_->show(on); });
     tray_ = TrayIcon::create(app_.uiContext());
-    if (!tray_) {
-        app_.log().write("no system tray; running without an icon (URL commands still work)");
+    if (tray_) {
+        app_.log().write("panel: in the system tray; `lumora panel` also opens it as a window");
+        return;
     }
+    app_.log().write(
+        "no system tray; running without an icon (URL commands still work): the panel opens as "
+        "a window when Lumora is launched again or by `lumora panel`, and the icon appears "
+        "when a tray does");
+    watchForTray();
+}
+
+void AppDelegate::watchForTray() {
+    trayWatch_ = std::make_unique<QTimer>();
+    trayWatch_->setInterval(kTrayPollMilliseconds);
+    QObject::connect(trayWatch_.get(), &QTimer::timeout, connections_.get(), [this] {
+        if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
+        tray_ = TrayIcon::create(app_.uiContext());
+        if (!tray_) return;
+        app_.log().write("panel: a system tray appeared; the icon is shown");
+        trayWatch_->stop();
+    });
+    trayWatch_->start();
 }
 
 void AppDelegate::cleanUp() {
     if (!started_ || cleanedUp_) return;
     cleanedUp_ = true;
+    trayWatch_.reset();
     tray_.reset();
+    panelWindow_.reset();
     AppModel& model = app_.model();
     app_.log().write("Lumora quit");
     model.lid().shutdown();

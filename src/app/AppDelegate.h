@@ -4,12 +4,14 @@
 #include <optional>
 
 class QObject;
+class QTimer;
 class QWidget;
 
 namespace lumora::app {
 
 class Application;
 class InstanceChannel;
+class PanelWindow;
 class SignalBridge;
 class TrayIcon;
 
@@ -26,6 +28,11 @@ class AppDelegate {
     static constexpr int kHandOverRetryMilliseconds = 50;
     // Exit status of a hand-over that the running agent did not finish in time.
     static constexpr int kHandOverFailed = 1;
+    // Without a tray the desktop is asked this often whether one has appeared (an extension
+    // enabled after login), so the icon comes without a restart.
+    static constexpr int kTrayPollMilliseconds = 5'000;
+    // What a second launch without a command asks of the running agent.
+    static constexpr const char* kOpenPanelUrl = "lumora://panel?on=1";
 
     explicit AppDelegate(Application& app);
     ~AppDelegate();
@@ -46,13 +53,18 @@ class AppDelegate {
     int deferToRunningAgent();
     void registerLoginItemOnFirstLaunch();
     void installSignalHandlers();
-    void showTrayIcon();
+    // The tray icon where the desktop has a tray, the panel window always (relaunch,
+    // `lumora panel`).
+    void showPanel();
+    void watchForTray();
 
     Application& app_;
     std::unique_ptr<QObject> connections_;  // ends the Qt connections made here with us
     std::unique_ptr<InstanceChannel> channel_;
     std::unique_ptr<SignalBridge> signals_;
     std::unique_ptr<TrayIcon> tray_;
+    std::unique_ptr<PanelWindow> panelWindow_;
+    std::unique_ptr<QTimer> trayWatch_;
     std::unique_ptr<QWidget> preview_;
     bool started_ = false;
     bool cleanedUp_ = false;

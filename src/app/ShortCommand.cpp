@@ -49,6 +49,7 @@ const Grammar kGrammars[] = {
     {"virtual",
      {Slot{"WIDTHxHEIGHT", Place::size, {}}, Slot{"NAME", Place::item, "name"}, kDensity}},
     {"status", {}},
+    {"panel", {kOn}},
     {"adaptive",
      {Slot{"off|sync|sensor|schedule", Place::item, "value"},
       Slot{"LATITUDE", Place::item, "latitude"}, Slot{"LONGITUDE", Place::item, "longitude"}}},

@@ -129,7 +129,9 @@ TEST(ShutdownBlackBox, WithoutAUsableDisplayServerOrTrayItStillRunsAndSaysWhy) {
         {{{"DISPLAY", ":97"}}, "the display server cannot be reached; running headless\n", SIGTERM},
         // Qt's offscreen platform draws windows but has no system tray.
         {{{"QT_QPA_PLATFORM", "offscreen"}},
-         "no system tray; running without an icon (URL commands still work)\n",
+         "no system tray; running without an icon (URL commands still work): the panel opens as "
+         "a window when Lumora is launched again or by `lumora panel`, and the icon appears "
+         "when a tray does\n",
          SIGTERM},
     };
     for (const auto& c : cases) {

@@ -173,6 +173,11 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     // panel or named by a command, else the main display.
     [[nodiscard]] std::optional<DisplayID> actionDisplay() const;
     void choose(DisplayID display) { chosen_ = display; }
+    // Shows (true), hides (false) or toggles (nothing) the panel window; set by an agent that
+    // shows windows. Without it the "panel" command has nothing to open.
+    void setPanelHandler(std::function<void(std::optional<bool>)> handler) {
+        panelHandler_ = std::move(handler);
+    }
     // Empty or "cursor": actionDisplay(). Else "main", "builtin" (any case), a decimal id, or
     // part of a display's name.
     [[nodiscard]] std::optional<DisplayID> resolve(std::optional<std::string_view> argument) const;
@@ -242,6 +247,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     std::shared_ptr<AdaptiveBrightness> adaptive_;
     Subscription builtinWatch_;
     std::optional<DisplayID> chosen_;  // this session only
+    std::function<void(std::optional<bool>)> panelHandler_;
     bool adaptiveStarted_ = false;
     bool adaptiveInputPosted_ = false;
     VirtualScreens virtualScreens_;

@@ -54,6 +54,7 @@ const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
         {"sleep-displays", &CommandDispatcher::sleepDisplays},
         {"virtual", &CommandDispatcher::virtualScreen},
         {"status", &CommandDispatcher::status, Entry::Wait::everyDisplay},
+        {"panel", &CommandDispatcher::panel},
         {"adaptive", &CommandDispatcher::adaptive, Entry::Wait::everyDisplay},
     };
     return entries;
@@ -287,6 +288,16 @@ CommandResult CommandDispatcher::virtualScreen(Call& call) {
 
 CommandResult CommandDispatcher::status(Call& /*call*/) {
     return CommandResult::done();  // the status write after every command is all
+}
+
+CommandResult CommandDispatcher::panel(Call& call) {
+    if (!model_.panelHandler_) {
+        const std::string line = "this Lumora runs without windows";
+        model_.log().write("url: panel: " + line);
+        return CommandResult::nothing(line);
+    }
+    model_.panelHandler_(call.on);
+    return CommandResult::done();
 }
 
 CommandResult CommandDispatcher::adaptive(Call& call) {

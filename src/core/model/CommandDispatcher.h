@@ -67,6 +67,7 @@ class CommandDispatcher {
     CommandResult virtualScreen(Call& call);
     CommandResult status(Call& call);
     CommandResult adaptive(Call& call);
+    CommandResult panel(Call& call);
 
     AppModel& model_;
 };

@@ -24,6 +24,7 @@ constexpr std::array kCommands = {
     CommandSpec{"virtual", "width and height (required), name, hidpi",
                 "creates a virtual screen (HiDPI unless hidpi=0)"},
     CommandSpec{"status", "", "only writes the status file"},
+    CommandSpec{"panel", "on", "shows or hides the panel window; toggles without on"},
     CommandSpec{"adaptive", "value (required: off, sync, sensor or schedule), latitude, longitude",
                 "adaptive brightness: follow the built-in display, the light sensor or the sun"},
 };

@@ -89,6 +89,31 @@ TEST_F(X11Agent, ListsTheOutputsAndEveryCommandReachesTheServer) {
     EXPECT_EQ(side().geometry, "800x600" + at);
 }
 
+// No tray on a bare X server: launching Lumora again shows the panel as a window named
+// "Lumora", and `lumora panel` toggles it.
+TEST_F(X11Agent, WithoutATrayTheNextLaunchAndThePanelCommandShowTheWindow) {
+    const auto panelShown = [&] {
+        const ToolResult found =
+            runTool({"xdotool", "search", "--onlyvisible", "--name", "^Lumora$"}, display());
+        return found.exitCode == 0 && !found.output.empty();
+    };
+    lumora::test::Process agent(home, {}, env());
+    ASSERT_TRUE(eventually([&] { return home.agentAnswers(); })) << agent.output();
+    EXPECT_TRUE(contains(agent.output(), "no system tray")) << agent.output();
+    EXPECT_FALSE(panelShown());
+
+    const auto second = lumora::test::runToEnd(home, {}, env());
+    EXPECT_EQ(second.status, 0) << second.output;
+    EXPECT_TRUE(eventually(panelShown)) << agent.output();
+    EXPECT_EQ(lumora::test::runToEnd(home, {"panel"}).status, 0);
+    EXPECT_TRUE(eventually([&] { return !panelShown(); })) << agent.output();
+    send("lumora://panel?on=1");
+    EXPECT_TRUE(eventually(panelShown)) << agent.output();
+
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
 // The machine sleeps and wakes (logind's PrepareForSleep(false)), and the gamma tables were
 // reset meanwhile: the user's dimming comes back.
 TEST_F(X11Agent, AfterAWakeTheSoftwareDimmingComesBack) {
