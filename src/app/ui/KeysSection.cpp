@@ -21,6 +21,14 @@ QString utf8(std::string_view text) {
 // Short labels ("—", "⌃⌥⌘B") still get a button that is easy to hit; longer texts widen it.
 constexpr int kShortcutButtonMinWidth = 76;
 
+QString recordingHint(KeyNames names) {
+    return names == KeyNames::symbols
+               ? QStringLiteral(
+                     "Запись: нажмите кнопку и сочетание с ⌘/⌥/⌃/⇧. Esc — отмена, ⌫ — очистить.")
+               : QStringLiteral("Запись: нажмите кнопку и сочетание с Ctrl/Alt/Shift/Super. "
+                                "Esc — отмена, Backspace — очистить.");
+}
+
 }  // namespace
 
 KeysSection::KeysSection(UiContext& context, QWidget* parent) : QFrame(parent), context_(context) {
@@ -83,15 +91,10 @@ KeysSection::KeysSection(UiContext& context, QWidget* parent) : QFrame(parent), 
         layout->addLayout(row);
     }
 
-    auto* footnote = style::makeLabel(
-        context_.keyNames == KeyNames::symbols
-            ? QStringLiteral(
-                  "Запись: нажмите кнопку и сочетание с ⌘/⌥/⌃/⇧. Esc — отмена, ⌫ — очистить.")
-            : QStringLiteral("Запись: нажмите кнопку и сочетание с Ctrl/Alt/Shift/Super. Esc — "
-                             "отмена, Backspace — очистить."),
-        style::captionFont(), this, /*wrap=*/true);
-    style::setTextColor(footnote, style::secondaryLabelColor());
-    layout->addWidget(footnote);
+    footnote_ = style::makeLabel({}, style::captionFont(), this, /*wrap=*/true);
+    style::setTextColor(footnote_, style::secondaryLabelColor());
+    footnote_->setObjectName(QStringLiteral("keysFootnote"));
+    layout->addWidget(footnote_);
 
     recorder_ = new ShortcutRecorder(model, this);
     updateValues();
@@ -101,10 +104,29 @@ void KeysSection::updateValues() {
     const AppModel& model = context_.model;
     brightnessKeys_->setChecked(model.brightnessKeys().get());
     permission_->setVisible(model.brightnessKeys().get() && !model.accessibilityOK().get());
+    const bool byDesktop = model.shortcutsByDesktop();
+    const bool available = model.capabilities().globalKeys;
     for (const auto& [action, button] : buttons_) {
-        button->setText(
-            shortcutButtonText(action, model.recording().get(), model.shortcuts().get(),
-                               context_.keyNames));
+        if (byDesktop) {
+            const auto& triggers = model.desktopTriggers().get();
+            const auto trigger = triggers.find(action);
+            button->setText(trigger == triggers.end() || trigger->second.empty()
+                                ? QStringLiteral("—")
+                                : QString::fromStdString(trigger->second));
+        } else {
+            button->setText(shortcutButtonText(action, model.recording().get(),
+                                               model.shortcuts().get(), context_.keyNames));
+        }
+        button->setEnabled(available);
+    }
+    if (byDesktop) {
+        footnote_->setText(QStringLiteral(
+            "Сочетания назначает рабочий стол: измените их в его настройках клавиатуры."));
+    } else if (!available) {
+        footnote_->setText(
+            QStringLiteral("Глобальные сочетания недоступны: рабочий стол не даёт их программам."));
+    } else {
+        footnote_->setText(recordingHint(context_.keyNames));
     }
     recorder_->sync();
 }

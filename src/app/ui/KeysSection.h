@@ -27,6 +27,7 @@ class KeysSection : public QFrame {
         return buttons_.at(action);
     }
     [[nodiscard]] ShortcutRecorder* recorder() const { return recorder_; }
+    [[nodiscard]] QLabel* footnote() const { return footnote_; }
 
   private:
     UiContext& context_;
@@ -34,6 +35,7 @@ class KeysSection : public QFrame {
     QWidget* permission_ = nullptr;
     std::map<ShortcutAction, QPushButton*> buttons_;
     ShortcutRecorder* recorder_ = nullptr;
+    QLabel* footnote_ = nullptr;
 };
 
 }  // namespace lumora::ui

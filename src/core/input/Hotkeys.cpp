@@ -16,6 +16,10 @@ Hotkeys::~Hotkeys() {
 
 void Hotkeys::registerShortcuts(const ShortcutMap& map) {
     unregisterAll();
+    if (input_.bindsByName()) {
+        bindByName(map);
+        return;
+    }
     std::uint32_t id = 0;
     for (const auto& [action, shortcut] : map) {
         ++id;
@@ -28,6 +32,24 @@ void Hotkeys::registerShortcuts(const ShortcutMap& map) {
         refs_.push_back(r.handle);
         actions_[id] = action;
     }
+}
+
+void Hotkeys::bindByName(const ShortcutMap& map) {
+    // Every action, bound or not: the desktop lets the user give keys to the others.
+    std::vector<NamedShortcut> shortcuts;
+    std::uint32_t id = 0;
+    for (ShortcutAction action : kAllShortcutActions) {
+        NamedShortcut named{std::string(rawValue(action)), std::string(title(action))};
+        named.id = ++id;
+        if (auto bound = map.find(action); bound != map.end()) {
+            named.hasKey = true;
+            named.keyCode = bound->second.keyCode;
+            named.modifiers = bound->second.modifiers;
+        }
+        actions_[id] = action;
+        shortcuts.push_back(std::move(named));
+    }
+    input_.bindByName(shortcuts);
 }
 
 void Hotkeys::pressed(std::uint32_t id) {

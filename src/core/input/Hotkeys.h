@@ -29,13 +29,15 @@ class Hotkeys {
 
     // Replaces all current registrations by the map's, in map order, with ids 1, 2, 3, ...
     // assigned afresh; an id is used up even when its registration is refused. A refusal is
-    // logged and skipped. An empty map leaves nothing registered.
+    // logged and skipped. An empty map leaves nothing registered. Where the desktop binds by
+    // name, every action goes to it at once, with the map's keys as the preferred ones.
     void registerShortcuts(const ShortcutMap& map);
 
     // Called on the main queue, after the press handler has returned.
     std::function<void(ShortcutAction)> onAction;
 
   private:
+    void bindByName(const ShortcutMap& map);
     void pressed(std::uint32_t id);
     void unregisterAll();
 

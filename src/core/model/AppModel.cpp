@@ -77,6 +77,16 @@ void AppModel::start() {
     hotkeys_.onAction = [weak](ShortcutAction action) {
         if (auto self = weak.lock()) self->perform(action);
     };
+    ports_.platform.input().setTriggersHandler(
+        [weak](const std::map<std::string, std::string>& triggers) {
+            auto self = weak.lock();
+            if (!self) return;
+            std::map<ShortcutAction, std::string> byAction;
+            for (const auto& [name, trigger] : triggers) {
+                if (auto action = shortcutActionFromRaw(name)) byAction[*action] = trigger;
+            }
+            self->desktopTriggers_.set(std::move(byAction));
+        });
     // Where the session offers no global keys, nothing is registered (and nothing is
     // reported as taken by another application).
     if (capabilities().globalKeys) hotkeys_.registerShortcuts(shortcuts_.get());

@@ -108,6 +108,14 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
         return recording_;
     }
     [[nodiscard]] const Published<bool>& brightnessKeys() const { return brightnessKeys_; }
+    // Where the desktop binds the shortcuts (the portal on Wayland): the keys it reports for
+    // each action, in its own words. Recording is then the desktop's business.
+    [[nodiscard]] bool shortcutsByDesktop() const {
+        return ports_.platform.input().bindsByName();
+    }
+    [[nodiscard]] const Published<std::map<ShortcutAction, std::string>>& desktopTriggers() const {
+        return desktopTriggers_;
+    }
     [[nodiscard]] const Published<bool>& restoreAfterWake() const { return restoreAfterWake_; }
     [[nodiscard]] const Published<bool>& accessibilityOK() const { return accessibilityOK_; }
     // Fires before any published field changes.
@@ -235,6 +243,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     Published<ShortcutMap> shortcuts_{{}, &objectWillChange_};
     Published<std::optional<ShortcutAction>> recording_{std::nullopt, &objectWillChange_};
     Published<bool> brightnessKeys_{true, &objectWillChange_};
+    Published<std::map<ShortcutAction, std::string>> desktopTriggers_{{}, &objectWillChange_};
     Published<bool> restoreAfterWake_{true, &objectWillChange_};
     Published<bool> accessibilityOK_{false, &objectWillChange_};
 

@@ -53,6 +53,7 @@ void AppModel::performNow(ShortcutAction action, DisplayID display) {
 }
 
 void AppModel::startRecording(ShortcutAction action) {
+    if (shortcutsByDesktop()) return;  // the desktop's settings change them
     stopRecording();
     recording_.set(action);
     // No global hotkey may fire, or steal the keys, while the user types the new one.

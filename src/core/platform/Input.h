@@ -2,6 +2,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace lumora {
 
@@ -27,6 +30,18 @@ struct BrightnessKeyEvent {
     friend bool operator==(const BrightnessKeyEvent&, const BrightnessKeyEvent&) = default;
 };
 
+// A shortcut the desktop binds by name rather than by keys (the desktop portal's global
+// shortcuts): the user may bind or change its keys in the desktop's own settings.
+struct NamedShortcut {
+    std::string name;         // the action's name, the shortcut's id on the desktop
+    std::string description;  // shown by the desktop
+    bool hasKey = false;      // the stored keys, offered as the preferred trigger
+    std::uint32_t keyCode = 0;
+    std::uint32_t modifiers = 0;
+    std::uint32_t id = 0;  // what the hot-key handler is called with when it is pressed
+    friend bool operator==(const NamedShortcut&, const NamedShortcut&) = default;
+};
+
 // The keyboard as a global input device: system-wide hot keys, the tap for the brightness
 // keys, and the permission the tap needs.
 //
@@ -48,6 +63,14 @@ class Input {
     virtual void unregisterHotKey(HotKeyHandle handle) = 0;
     // Set once by the owner; called with the id of the registration whose keys were pressed.
     virtual void setHotKeyHandler(HotKeyHandler handler) = 0;
+
+    // Where the desktop binds shortcuts itself, the whole set goes at once by name instead of
+    // registerHotKey, and the desktop tells which keys each got (name -> the desktop's
+    // description of its trigger).
+    [[nodiscard]] virtual bool bindsByName() const { return false; }
+    virtual void bindByName(const std::vector<NamedShortcut>& /*shortcuts*/) {}
+    using TriggersHandler = std::function<void(const std::map<std::string, std::string>&)>;
+    virtual void setTriggersHandler(TriggersHandler /*handler*/) {}
 
     // Installs and enables the tap; false when the system refuses it.
     virtual bool startTap(TapHandler handler) = 0;
