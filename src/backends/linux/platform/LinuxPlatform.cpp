@@ -33,6 +33,9 @@
 #if defined(LUMORA_HAVE_WLROOTS)
 #include "wayland/wlroots/WlrootsDisplayServer.h"
 #endif
+#if defined(LUMORA_HAVE_PORTAL)
+#include "portal/PortalShortcuts.h"
+#endif
 #include "wayland/common/WaylandSession.h"
 
 namespace lumora::lx {
@@ -69,7 +72,17 @@ class LinuxPlatform final : public Platform {
     LinuxPlatform(Scheduler& scheduler, Log& log) : log_(log) {
         const LogFunction logLine = [&log](const std::string& line) { log.write(line); };
         logind_ = std::make_shared<LogindClient>(QDBusConnection::systemBus(), logLine);
-        chooseDisplays(LinuxSession::fromEnvironment(environment), logLine);
+        const LinuxSession session = LinuxSession::fromEnvironment(environment);
+        chooseDisplays(session, logLine);
+#if defined(LUMORA_HAVE_PORTAL)
+        // Wayland grabs no keys for a client: the desktop binds them through its portal.
+        if (!input_ && session.waylandDisplay) {
+            if (auto portal = PortalShortcuts::connect(QDBusConnection::sessionBus(), logLine)) {
+                input_ = std::move(portal);
+                displayCapabilities_.globalKeys = true;
+            }
+        }
+#endif
         if (!input_) input_ = std::make_unique<NoInput>();
 
         LinuxAVServices::Options av;
