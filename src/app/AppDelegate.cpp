@@ -12,8 +12,8 @@
 #include <thread>
 
 #include "Application.h"
-#include "PanelWindow.h"
 #include "CommandOutcome.h"
+#include "PanelWindow.h"
 #include "Preview.h"
 #include "Tray.h"
 #include "display/Displays.h"
@@ -119,8 +119,7 @@ int AppDelegate::deferToRunningAgent() {
     if (!url) {
         // Launched again (the app grid, the desktop entry): the running agent shows its panel.
         std::ostringstream quiet;
-        if (handOverCommand(app_.paths().instanceSocket, kOpenPanelUrl, false, quiet, quiet) ==
-            0) {
+        if (handOverCommand(app_.paths().instanceSocket, kOpenPanelUrl, false, quiet, quiet) == 0) {
             return 0;
         }
         app_.log().write("another Lumora is running; exiting");

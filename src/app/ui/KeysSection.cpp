@@ -25,8 +25,9 @@ QString recordingHint(KeyNames names) {
     return names == KeyNames::symbols
                ? QStringLiteral(
                      "Запись: нажмите кнопку и сочетание с ⌘/⌥/⌃/⇧. Esc — отмена, ⌫ — очистить.")
-               : QStringLiteral("Запись: нажмите кнопку и сочетание с Ctrl/Alt/Shift/Super. "
-                                "Esc — отмена, Backspace — очистить.");
+               : QStringLiteral(
+                     "Запись: нажмите кнопку и сочетание с Ctrl/Alt/Shift/Super. "
+                     "Esc — отмена, Backspace — очистить.");
 }
 
 }  // namespace

@@ -110,9 +110,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     [[nodiscard]] const Published<bool>& brightnessKeys() const { return brightnessKeys_; }
     // Where the desktop binds the shortcuts (the portal on Wayland): the keys it reports for
     // each action, in its own words. Recording is then the desktop's business.
-    [[nodiscard]] bool shortcutsByDesktop() const {
-        return ports_.platform.input().bindsByName();
-    }
+    [[nodiscard]] bool shortcutsByDesktop() const { return ports_.platform.input().bindsByName(); }
     [[nodiscard]] const Published<std::map<ShortcutAction, std::string>>& desktopTriggers() const {
         return desktopTriggers_;
     }

@@ -76,9 +76,9 @@ TEST_F(SettingsTest, RecordingMovesBetweenActionsAndTypedCombinationsBind) {
     EXPECT_EQ(model->recording().get(), std::nullopt);
     EXPECT_EQ(model->shortcuts()->at(ShortcutAction::toggleBuiltin),
               (Shortcut{40, kMaskControl | kMaskShift, "⌃⇧K"}));
-    EXPECT_EQ(buttonTexts(), (QStringList{"Ctrl+Alt+Super+↑", "Ctrl+Alt+Super+↓",
-                                          "Ctrl+Alt+Super+B", "Ctrl+Shift+K", "Ctrl+Alt+Super+H",
-                                          "—"}));
+    EXPECT_EQ(buttonTexts(),
+              (QStringList{"Ctrl+Alt+Super+↑", "Ctrl+Alt+Super+↓", "Ctrl+Alt+Super+B",
+                           "Ctrl+Shift+K", "Ctrl+Alt+Super+H", "—"}));
 }
 
 TEST_F(SettingsTest, BrightnessKeysPermissionRowLidTogglesAndLogin) {

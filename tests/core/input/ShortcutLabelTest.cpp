@@ -30,8 +30,8 @@ TEST(ShortcutLabel, OtherSystemsReadTheStoredSymbolsAsWordsInAFixedOrder) {
         {{kKeyB, 0x1B00, "⌃⌥⇧⌘B"}, "Ctrl+Alt+Shift+Super+B"},
         {{kKeyUpArrow, 0x1900, "⌃⌥⌘↑"}, "Ctrl+Alt+Super+↑"},
         {{kKeySpace, 0x900, "⌥⌘Space"}, "Alt+Super+Space"},
-        {{kKeyA, 0x1000, "⌃"}, "Ctrl"},               // a key that typed nothing
-        {{kKeyA, 0x200, "K"}, "Shift+K"},             // an older label without its symbols
+        {{kKeyA, 0x1000, "⌃"}, "Ctrl"},            // a key that typed nothing
+        {{kKeyA, 0x200, "K"}, "Shift+K"},          // an older label without its symbols
         {{kKeyA, 0x1000, "⌃⌃\xE2"}, "Ctrl+\xE2"},  // repeated symbols, broken UTF-8
     };
     for (const auto& [shortcut, words] : cases) {

@@ -127,16 +127,36 @@ class LinuxPlatform final : public Platform {
         return c;
     }
 
-    DisplayServer& displayServer() override { return *displays_; }
-    Backlight& backlight() override { return *backlight_; }
-    AVServices& avServices() override { return *av_; }
-    VirtualDisplays& virtualDisplays() override { return virtual_; }
-    Power& power() override { return *power_; }
-    LidSensor& lidSensor() override { return *lid_; }
-    SystemEvents& systemEvents() override { return *events_; }
-    Input& input() override { return *input_; }
-    AmbientLight& ambientLight() override { return light_; }
-    WallClock& wallClock() override { return clock_; }
+    DisplayServer& displayServer() override {
+        return *displays_;
+    }
+    Backlight& backlight() override {
+        return *backlight_;
+    }
+    AVServices& avServices() override {
+        return *av_;
+    }
+    VirtualDisplays& virtualDisplays() override {
+        return virtual_;
+    }
+    Power& power() override {
+        return *power_;
+    }
+    LidSensor& lidSensor() override {
+        return *lid_;
+    }
+    SystemEvents& systemEvents() override {
+        return *events_;
+    }
+    Input& input() override {
+        return *input_;
+    }
+    AmbientLight& ambientLight() override {
+        return light_;
+    }
+    WallClock& wallClock() override {
+        return clock_;
+    }
 
     // While the agent runs its lid logic, logind must not act on the lid behind its back.
     void attach(Log& /*log*/) override {

@@ -40,12 +40,13 @@ const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 const QString kRequest = QStringLiteral("org.freedesktop.portal.Request");
 
-constexpr std::pair<std::uint32_t, const char*> kModifierNames[] = {
-    {kHotKeyControl, "CTRL"}, {kHotKeyOption, "ALT"}, {kHotKeyShift, "SHIFT"},
-    {kHotKeyCommand, "LOGO"}};
+constexpr std::pair<std::uint32_t, const char*> kModifierNames[] = {{kHotKeyControl, "CTRL"},
+                                                                    {kHotKeyOption, "ALT"},
+                                                                    {kHotKeyShift, "SHIFT"},
+                                                                    {kHotKeyCommand, "LOGO"}};
 
-QDBusMessage callPortal(const QDBusConnection& bus, const QString& interface,
-                        const QString& method, const QVariantList& args) {
+QDBusMessage callPortal(const QDBusConnection& bus, const QString& interface, const QString& method,
+                        const QVariantList& args) {
     QDBusMessage message = QDBusMessage::createMethodCall(kService, kPath, interface, method);
     message.setArguments(args);
     return bus.call(message, QDBus::Block, PortalShortcuts::kCallTimeoutMilliseconds);
@@ -84,9 +85,9 @@ PortalShortcuts::PortalShortcuts(QDBusConnection bus, LogFunction log)
     responses_ = std::make_unique<LogindSignal>(bus_, kService, QString(), kRequest,
                                                 QStringLiteral("Response"),
                                                 [this](const QDBusMessage& m) { response(m); });
-    activations_ = std::make_unique<LogindSignal>(
-        bus_, kService, kPath, kInterface, QStringLiteral("Activated"),
-        [this](const QDBusMessage& m) { activated(m); });
+    activations_ = std::make_unique<LogindSignal>(bus_, kService, kPath, kInterface,
+                                                  QStringLiteral("Activated"),
+                                                  [this](const QDBusMessage& m) { activated(m); });
     changes_ = std::make_unique<LogindSignal>(
         bus_, kService, kPath, kInterface, QStringLiteral("ShortcutsChanged"),
         [this](const QDBusMessage& m) { reportTriggers(m.arguments().value(1)); });
@@ -103,13 +104,15 @@ PortalShortcuts::~PortalShortcuts() {
 
 void PortalShortcuts::createSession() {
     const QString token = QStringLiteral("lumora_session_%1").arg(++requests_);
-    QVariantMap options{{QStringLiteral("handle_token"), token},
-                        {QStringLiteral("session_handle_token"), QString::fromLatin1(kSessionToken)}};
+    QVariantMap options{
+        {QStringLiteral("handle_token"), token},
+        {QStringLiteral("session_handle_token"), QString::fromLatin1(kSessionToken)}};
     request(QStringLiteral("CreateSession"), {options}, [this](const QVariantMap& results) {
         session_ = results.value(QStringLiteral("session_handle")).toString();
         if (session_.isEmpty()) {
-            session_ = qvariant_cast<QDBusObjectPath>(results.value(QStringLiteral("session_handle")))
-                           .path();
+            session_ =
+                qvariant_cast<QDBusObjectPath>(results.value(QStringLiteral("session_handle")))
+                    .path();
         }
         log_("shortcuts: desktop portal session " + session_.toStdString());
         if (!shortcuts_.empty()) bind();
@@ -126,7 +129,8 @@ void PortalShortcuts::bind() {
     bound_ = true;
     QList<PortalShortcut> list;
     for (const NamedShortcut& s : shortcuts_) {
-        QVariantMap properties{{QStringLiteral("description"), QString::fromStdString(s.description)}};
+        QVariantMap properties{
+            {QStringLiteral("description"), QString::fromStdString(s.description)}};
         if (s.hasKey) {
             const std::string trigger = portalTrigger(s.keyCode, s.modifiers);
             if (!trigger.empty()) {
@@ -146,12 +150,11 @@ void PortalShortcuts::bind() {
             });
 }
 
-void PortalShortcuts::request(const QString& method, const QVariantList& args,
-                              Continuation then) {
+void PortalShortcuts::request(const QString& method, const QVariantList& args, Continuation then) {
     const QDBusMessage reply = callPortal(bus_, kInterface, method, args);
     if (reply.type() != QDBusMessage::ReplyMessage) {
-        log_("shortcuts: " + method.toStdString() + " failed: " +
-             reply.errorMessage().toStdString());
+        log_("shortcuts: " + method.toStdString() +
+             " failed: " + reply.errorMessage().toStdString());
         return;
     }
     const QString path = qvariant_cast<QDBusObjectPath>(reply.arguments().value(0)).path();

@@ -72,8 +72,8 @@ class PortalShortcuts final : public Input {
     std::unique_ptr<LogindSignal> responses_;
     std::unique_ptr<LogindSignal> activations_;
     std::unique_ptr<LogindSignal> changes_;
-    std::map<QString, Continuation> waiting_;   // request path -> what its answer continues
-    std::map<QString, QDBusMessage> early_;     // answers that came before their call returned
+    std::map<QString, Continuation> waiting_;  // request path -> what its answer continues
+    std::map<QString, QDBusMessage> early_;    // answers that came before their call returned
     QString session_;
     std::vector<NamedShortcut> shortcuts_;
     bool bound_ = false;

@@ -68,8 +68,8 @@ TEST(GnomeAgent, TheDesktopPortalsShortcutStepsTheMainDisplay) {
                              "--object-path /org/freedesktop/portal/desktop --method " +
                              method + " " + args + " 2>&1");
     };
-    ASSERT_TRUE(waitFor([&] { return contains(portalCall("org.freedesktop.DBus.Mock.GetTestLog"), "[]"); },
-                        10));
+    ASSERT_TRUE(waitFor(
+        [&] { return contains(portalCall("org.freedesktop.DBus.Mock.GetTestLog"), "[]"); }, 10));
     Home home;
     const std::map<std::string, std::string> env{
         {"WAYLAND_DISPLAY", (mutter.runtimeDir() / "wayland-0").string()},
@@ -95,7 +95,8 @@ TEST(GnomeAgent, TheDesktopPortalsShortcutStepsTheMainDisplay) {
     const double before = mainBrightness();
     portalCall("org.freedesktop.DBus.Mock.Activate", "brightnessDown");
     EXPECT_TRUE(eventually([&] { return mainBrightness() == before - 1.0 / 16; }))
-        << before << "\n" << agent.output();
+        << before << "\n"
+        << agent.output();
     agent.signal(SIGTERM);
     EXPECT_EQ(agent.waitExit(), 0) << agent.output();
 }

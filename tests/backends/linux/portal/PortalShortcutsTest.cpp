@@ -41,16 +41,15 @@ class PortalTest : public ::testing::Test {
         if (!wltest::hasDbusmock()) GTEST_SKIP() << "python3-dbusmock is not installed";
         ASSERT_EQ(bus_.problem(), "");
         connection_ = QStringLiteral("portal-test-%1").arg(++count_);
-        ASSERT_TRUE(QDBusConnection::connectToBus(QString::fromStdString(bus_.address()),
-                                                  connection_)
-                        .isConnected());
+        ASSERT_TRUE(
+            QDBusConnection::connectToBus(QString::fromStdString(bus_.address()), connection_)
+                .isConnected());
     }
     void TearDown() override { QDBusConnection::disconnectFromBus(connection_); }
 
     QDBusConnection bus() const { return QDBusConnection(connection_); }
     void startPortal() {
-        portal_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock",
-                                                 "--template",
+        portal_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
                                                  LUMORA_PORTAL_FIXTURES "/global_shortcuts.py"},
                         std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + bus_.address()},
                         bus_.dir() / "portal.out");
@@ -59,9 +58,9 @@ class PortalTest : public ::testing::Test {
         })) << test::readFile(bus_.dir() / "portal.out");
     }
     QDBusMessage mock(const QString& method, const QVariantList& args = {}) {
-        auto call = QDBusMessage::createMethodCall(
-            "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-            "org.freedesktop.DBus.Mock", method);
+        auto call = QDBusMessage::createMethodCall("org.freedesktop.portal.Desktop",
+                                                   "/org/freedesktop/portal/desktop",
+                                                   "org.freedesktop.DBus.Mock", method);
         call.setArguments(args);
         return bus().call(call);
     }
@@ -89,23 +88,25 @@ TEST_F(PortalTest, BindsEveryActionByNameWithItsKeysAndAPressComesBack) {
     std::map<std::string, std::string> triggers;
     portal->setTriggersHandler([&](const auto& t) { triggers = t; });
     hotkeys.registerShortcuts(defaultShortcuts());
-    ASSERT_TRUE(spinUntil([&] { return !triggers.empty(); })) << test::readFile(bus_.dir() / "portal.out");
+    ASSERT_TRUE(spinUntil([&] { return !triggers.empty(); }))
+        << test::readFile(bus_.dir() / "portal.out");
 
     const QStringList calls = mock("GetTestLog").arguments().value(0).toStringList();
     const QString session = "/org/freedesktop/portal/desktop/session/1_2/lumora";
-    EXPECT_EQ(calls, (QStringList{
-                         "CreateSession lumora",
-                         "BindShortcuts " + session +
-                             " brightnessUp [CTRL+ALT+LOGO+Up] Ярче (монитор под курсором)",
-                         "BindShortcuts " + session +
-                             " brightnessDown [CTRL+ALT+LOGO+Down] Темнее (монитор под курсором)",
-                         "BindShortcuts " + session +
-                             " dimToBlack [CTRL+ALT+LOGO+b] Погасить / вернуть монитор под курсором",
-                         "BindShortcuts " + session + " toggleBuiltin [] Встроенный экран вкл/выкл",
-                         "BindShortcuts " + session +
-                             " toggleHiDPI [CTRL+ALT+LOGO+h] HiDPI вкл/выкл (монитор под курсором)",
-                         "BindShortcuts " + session + " sleepDisplays [] Усыпить все экраны",
-                     }));
+    EXPECT_EQ(calls,
+              (QStringList{
+                  "CreateSession lumora",
+                  "BindShortcuts " + session +
+                      " brightnessUp [CTRL+ALT+LOGO+Up] Ярче (монитор под курсором)",
+                  "BindShortcuts " + session +
+                      " brightnessDown [CTRL+ALT+LOGO+Down] Темнее (монитор под курсором)",
+                  "BindShortcuts " + session +
+                      " dimToBlack [CTRL+ALT+LOGO+b] Погасить / вернуть монитор под курсором",
+                  "BindShortcuts " + session + " toggleBuiltin [] Встроенный экран вкл/выкл",
+                  "BindShortcuts " + session +
+                      " toggleHiDPI [CTRL+ALT+LOGO+h] HiDPI вкл/выкл (монитор под курсором)",
+                  "BindShortcuts " + session + " sleepDisplays [] Усыпить все экраны",
+              }));
     EXPECT_EQ(triggers.at("brightnessDown"), "desktop: CTRL+ALT+LOGO+Down");
     EXPECT_EQ(triggers.at("sleepDisplays"), "");
     EXPECT_EQ(log_, Lines{"shortcuts: desktop portal session " + session.toStdString()});
