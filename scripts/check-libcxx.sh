@@ -34,7 +34,7 @@ cmake -S "$root" -B "$build" -G Ninja \
 available=$(cmake --build "$build" --target help | sed -n 's/^\(lumora_[a-z_]*\):.*/\1/p')
 targets=()
 for target in lumora_core lumora_platform lumora_log lumora_display lumora_ddc lumora_lid \
-              lumora_virtual lumora_input lumora_model lumora_sim; do
+              lumora_virtual lumora_input lumora_adaptive lumora_model lumora_sim; do
   if grep -qx "$target" <<<"$available"; then
     targets+=("$target")
   fi
