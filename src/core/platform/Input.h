@@ -70,7 +70,7 @@ class Input {
     [[nodiscard]] virtual bool bindsByName() const { return false; }
     virtual void bindByName(const std::vector<NamedShortcut>& /*shortcuts*/) {}
     using TriggersHandler = std::function<void(const std::map<std::string, std::string>&)>;
-    virtual void setTriggersHandler(TriggersHandler /*handler*/) {}
+    virtual void setTriggersHandler(const TriggersHandler& /*handler*/) {}
 
     // Installs and enables the tap; false when the system refuses it.
     virtual bool startTap(TapHandler handler) = 0;

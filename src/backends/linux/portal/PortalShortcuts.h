@@ -46,7 +46,7 @@ class PortalShortcuts final : public Input {
     // Binds once the session exists; the portal keeps a session's bindings, so later calls
     // (after recording, which the desktop owns here) change nothing.
     void bindByName(const std::vector<NamedShortcut>& shortcuts) override;
-    void setTriggersHandler(TriggersHandler handler) override { triggers_ = std::move(handler); }
+    void setTriggersHandler(const TriggersHandler& handler) override { triggers_ = handler; }
 
     bool startTap(TapHandler /*handler*/) override { return false; }
     void enableTap(bool /*enabled*/) override {}
