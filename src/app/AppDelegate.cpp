@@ -196,9 +196,11 @@ void AppDelegate::cleanUp() {
     model.lid().shutdown();
     model.adaptive().stop();
     model.hidpi().stopAll();
-    app_.gamma().resetAll();
     model.virtualScreens().stopAll();
+    // Switched back on first, so that a display dimmed and then switched off gets its own
+    // colours back too.
     app_.displays().reconnectAll();
+    app_.gamma().resetAll();
     app_.persistForExit();
 }
 

@@ -54,6 +54,10 @@ TEST(ShutdownBlackBox, AWakeRestoresBrightnessAndDimASignalUndoesAllACommandStar
         ASSERT_TRUE(status);
         EXPECT_EQ((*status)["restoreAfterWake"], true);
 
+        // Dimmed, then switched off: at quit it comes back with its own colours too.
+        ASSERT_TRUE(agent.send("lumora://connect?display=projector"));
+        ASSERT_TRUE(agent.send("lumora://dim?display=projector&value=0.5"));
+        ASSERT_TRUE(agent.send("lumora://disconnect?display=projector"));
         agent.process().signal(SIGTERM);
         EXPECT_EQ(agent.process().waitExit(), 0) << agent.process().output();
         auto after = agent.state();
