@@ -182,9 +182,11 @@ void PortalShortcuts::response(const QDBusMessage& message) {
         log_("shortcuts: the desktop portal refused (" + std::to_string(code) + ")");
         return;
     }
-    const QVariantMap results =
-        qdbus_cast<QVariantMap>(message.arguments().value(1).value<QDBusArgument>());
-    then(results);
+    const QVariant results = message.arguments().value(1);
+    if (results.userType() != qMetaTypeId<QDBusArgument>()) return;
+    const auto argument = results.value<QDBusArgument>();
+    if (argument.currentSignature() != QStringLiteral("a{sv}")) return;
+    then(qdbus_cast<QVariantMap>(argument));
 }
 
 void PortalShortcuts::activated(const QDBusMessage& message) {
@@ -198,8 +200,12 @@ void PortalShortcuts::activated(const QDBusMessage& message) {
 }
 
 void PortalShortcuts::reportTriggers(const QVariant& shortcuts) {
+    // A portal that answers without the list (or with something else) reports nothing.
+    if (shortcuts.userType() != qMetaTypeId<QDBusArgument>()) return;
+    const auto argument = shortcuts.value<QDBusArgument>();
+    if (argument.currentSignature() != QStringLiteral("a(sa{sv})")) return;
     QList<PortalShortcut> list;
-    shortcuts.value<QDBusArgument>() >> list;
+    argument >> list;
     std::map<std::string, std::string> triggers;
     for (const PortalShortcut& s : list) {
         triggers[s.id.toStdString()] =

@@ -48,9 +48,10 @@ class PortalTest : public ::testing::Test {
     void TearDown() override { QDBusConnection::disconnectFromBus(connection_); }
 
     QDBusConnection bus() const { return QDBusConnection(connection_); }
-    void startPortal() {
+    void startPortal(const std::string& parameters = "{}") {
         portal_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
-                                                 LUMORA_PORTAL_FIXTURES "/global_shortcuts.py"},
+                                                 LUMORA_PORTAL_FIXTURES "/global_shortcuts.py",
+                                                 "--parameters", parameters},
                         std::vector<std::string>{"DBUS_SESSION_BUS_ADDRESS=" + bus_.address()},
                         bus_.dir() / "portal.out");
         ASSERT_TRUE(spinUntil([&] {
@@ -120,6 +121,25 @@ TEST_F(PortalTest, BindsEveryActionByNameWithItsKeysAndAPressComesBack) {
     }));
     EXPECT_EQ(pressed, std::vector<ShortcutAction>{ShortcutAction::brightnessDown});
     EXPECT_EQ(mock("GetTestLog").arguments().value(0).toStringList().size(), calls.size());
+}
+
+// A portal answering with something else where the list belongs: no triggers, no crash, and
+// presses still arrive.
+TEST_F(PortalTest, AGarbledAnswerReportsNoTriggers) {
+    startPortal(R"({"garbage": true})");
+    auto portal = PortalShortcuts::connect(bus(), [&](const std::string& l) { log_.push_back(l); });
+    ASSERT_NE(portal, nullptr);
+    std::vector<std::uint32_t> pressed;
+    portal->setHotKeyHandler([&](std::uint32_t id) { pressed.push_back(id); });
+    bool reported = false;
+    portal->setTriggersHandler([&](const auto&) { reported = true; });
+    portal->bindByName({NamedShortcut{"dimToBlack", "Погасить", false, 0, 0, 3}});
+    ASSERT_TRUE(spinUntil(
+        [&] { return mock("GetTestLog").arguments().value(0).toStringList().size() == 2; }));
+    mock("Activate", {"dimToBlack"});
+    ASSERT_TRUE(spinUntil([&] { return !pressed.empty(); }));
+    EXPECT_EQ(pressed, std::vector<std::uint32_t>{3});
+    EXPECT_FALSE(reported);
 }
 
 TEST(PortalTrigger, ModifiersInTheDesktopsOrderThenTheKeysymName) {
