@@ -57,6 +57,12 @@ set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 
+# The systemd user unit: the autostart switch enables it where systemd runs the session, and
+# systemd restarts the agent when the display server went away under it.
+set(LUMORA_UNIT_BINARY ${CPACK_PACKAGING_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/lumora)
+configure_file(${_pkg}/lumora.service.in ${_gen}/lumora.service @ONLY)
+install(FILES ${_gen}/lumora.service DESTINATION lib/systemd/user)
+
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
@@ -75,7 +81,8 @@ set(CPACK_RPM_PACKAGE_DESCRIPTION ${LUMORA_DESCRIPTION})
 set(CPACK_RPM_SPEC_MORE_DEFINE "%define _build_id_links none")
 # Folders the base system owns: the package must not claim them.
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
-    /usr/lib/udev /usr/lib/udev/rules.d /usr/lib/modules-load.d /usr/share/applications
+    /usr/lib/udev /usr/lib/udev/rules.d /usr/lib/modules-load.d /usr/lib/systemd
+    /usr/lib/systemd/user /usr/share/applications
     /usr/share/bash-completion /usr/share/bash-completion/completions /usr/share/doc
     /usr/share/icons /usr/share/icons/hicolor /usr/share/icons/hicolor/scalable
     /usr/share/icons/hicolor/scalable/apps /usr/share/man /usr/share/man/man1 /usr/share/metainfo

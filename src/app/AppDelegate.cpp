@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -20,6 +21,7 @@
 #include "display/Gamma.h"
 #include "log/Log.h"
 #include "model/AppModel.h"
+#include "platform/Platform.h"
 #include "runtime/InstanceChannel.h"
 #include "runtime/QtSession.h"
 #include "runtime/SignalBridge.h"
@@ -86,6 +88,8 @@ std::optional<int> AppDelegate::launch() {
     registerLoginItemOnFirstLaunch();
     app_.model().start();
     started_ = true;
+    app_.platform().systemEvents().addObserver(SystemEvent::displayServerLost,
+                                               [this] { displayServerLost(); });
     installSignalHandlers();
     QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
                      connections_.get(), [this] { cleanUp(); });
@@ -201,7 +205,19 @@ void AppDelegate::cleanUp() {
     // colours back too.
     app_.displays().reconnectAll();
     app_.gamma().resetAll();
+    model.writeLastStatus();
     app_.persistForExit();
+}
+
+void AppDelegate::displayServerLost() {
+    if (!started_ || cleanedUp_) return;
+    cleanedUp_ = true;
+    app_.log().write("display server lost");
+    AppModel& model = app_.model();
+    model.lid().shutdown();
+    model.writeLastStatus();
+    app_.persistForExit();
+    std::_Exit(kDisplayServerLost);
 }
 
 }  // namespace lumora::app

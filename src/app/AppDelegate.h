@@ -31,6 +31,9 @@ class AppDelegate {
     // Without a tray the desktop is asked this often whether one has appeared (an extension
     // enabled after login), so the icon comes without a restart.
     static constexpr int kTrayPollMilliseconds = 5'000;
+    // Exit status when the display server went away under the agent: a service manager
+    // restarts it on the next server.
+    static constexpr int kDisplayServerLost = 3;
     // What a second launch without a command asks of the running agent.
     static constexpr const char* kOpenPanelUrl = "lumora://panel?on=1";
 
@@ -46,6 +49,11 @@ class AppDelegate {
     // The clean-up sequence; runs once, when the event loop has ended (the quit button or a
     // termination signal).
     void cleanUp();
+    // The display server has gone, and the displays with it: nothing is left to restore there.
+    // Says so, gives back what the agent holds, writes the last status and ends the process
+    // with kDisplayServerLost at once (the event loop may already be unusable). Does nothing
+    // before the agent has started or once it is cleaning up.
+    void displayServerLost();
 
   private:
     std::optional<int> startPreview();

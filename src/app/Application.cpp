@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QTimer>
+#include <cstdlib>
 #include <iostream>
 #include <utility>
 
@@ -47,13 +48,14 @@ void scanDdcAndWait(AppModel& model) {
     loop.exec();
 }
 
-std::unique_ptr<Defaults> makeDefaults(const AppPaths& paths) {
+std::unique_ptr<Defaults> makeDefaults(const AppPaths& paths, Log& log) {
+    std::unique_ptr<SettingsDefaults> defaults;
 #if defined(__APPLE__)
-    if (paths.settingsFile.empty()) return SettingsDefaults::userDefaults();
-    return std::make_unique<SettingsDefaults>(paths.settingsFile);
-#else
-    return std::make_unique<SettingsDefaults>(paths.settingsFile);
+    if (paths.settingsFile.empty()) defaults = SettingsDefaults::userDefaults();
 #endif
+    if (!defaults) defaults = std::make_unique<SettingsDefaults>(paths.settingsFile);
+    defaults->reportFailuresTo(&log);
+    return defaults;
 }
 
 // The agent without windows has nowhere to show a level.
@@ -73,7 +75,7 @@ Application::Application(CommandLine cli, FrontEnd frontEnd)
 
     scheduler_ = std::make_unique<QtScheduler>();
     log_ = std::make_unique<Log>(Log::Options{paths_.logFile, systemLocalTime, &std::cout});
-    defaults_ = makeDefaults(paths_);
+    defaults_ = makeDefaults(paths_, *log_);
     PlatformChoice choice = choosePlatform(cli_, *scheduler_, *log_);
     platform_ = std::move(choice.platform);
     platformError_ = std::move(choice.error);
@@ -94,6 +96,7 @@ Application::Application(CommandLine cli, FrontEnd frontEnd)
 }
 
 Application::~Application() {
+    if (forcedExit_) forcedExit_->delegate.store(nullptr);
     // The views and handlers go first, then the model, then what the model works through.
     delegate_.reset();
     model_.reset();
@@ -115,9 +118,31 @@ int Application::run() {
         if (model_) model_->handleURL(url);
     });
     if (!cli_.preview) QCoreApplication::instance()->installEventFilter(&urls);
+    watchForForcedExit();
     const int status = QCoreApplication::exec();
+    if (forcedExit_) forcedExit_->delegate.store(nullptr);
     persistForExit();
     return status;
+}
+
+// Qt's window-system connection ends the process with exit(1) the moment it breaks ("The X11
+// connection broke"), from inside the event loop and before any of ours notices. An exit
+// with a failure status while the loop runs is therefore the display server going away, and
+// is turned into the agent's own ending. The hook outlives this object (exit handlers cannot
+// be removed), so it holds no more than a pointer that is cleared when the loop has ended.
+void Application::watchForForcedExit() {
+#if defined(__GLIBC__)
+    if (cli_.preview) return;
+    forcedExit_ = new ForcedExit;  // NOLINT(cppcoreguidelines-owning-memory): kept for exit
+    forcedExit_->delegate.store(delegate_.get());
+    on_exit(
+        [](int status, void* hook) {
+            auto* watch = static_cast<ForcedExit*>(hook);
+            AppDelegate* delegate = watch->delegate.exchange(nullptr);
+            if (status != 0 && delegate != nullptr) delegate->displayServerLost();
+        },
+        forcedExit_);
+#endif
 }
 
 int Application::renderPanel(const std::filesystem::path& file) {

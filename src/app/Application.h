@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -68,6 +69,11 @@ class Application {
 
   private:
     int renderPanel(const std::filesystem::path& file);
+    void watchForForcedExit();
+
+    struct ForcedExit {
+        std::atomic<AppDelegate*> delegate{nullptr};
+    };
 
     CommandLine cli_;
     FrontEnd frontEnd_;
@@ -85,6 +91,7 @@ class Application {
     std::unique_ptr<Osd> osd_;  // the on-screen display when windows can be shown
     std::shared_ptr<AppModel> model_;
     std::unique_ptr<AppDelegate> delegate_;
+    ForcedExit* forcedExit_ = nullptr;  // lives until the process ends
 };
 
 }  // namespace lumora::app

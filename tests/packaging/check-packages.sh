@@ -25,9 +25,12 @@ appstreamcli validate --no-net "$root/usr/share/metainfo/io.github.lumora.Lumora
   fail "AppStream metadata"
 desktop-file-validate "$root/usr/share/applications/io.github.lumora.Lumora.desktop" ||
   fail "desktop entry"
+grep -qx 'ExecStart=/usr/bin/lumora' "$root/usr/lib/systemd/user/lumora.service" ||
+  fail "the user unit starts /usr/bin/lumora"
 
 expected="/usr/bin/lumora
 /usr/lib/modules-load.d/lumora.conf
+/usr/lib/systemd/user/lumora.service
 /usr/lib/udev/rules.d/60-lumora-i2c.rules
 /usr/share/applications/io.github.lumora.Lumora.desktop
 /usr/share/bash-completion/completions/lumora

@@ -72,8 +72,16 @@ AppPaths AppPaths::fromEnvironment(const Environment& environment, unsigned uid)
     paths.settingsFolder = config / "Lumora";
     paths.settingsFile = paths.settingsFolder / "Lumora.conf";
     paths.autostartFile = config / "autostart" / "lumora.desktop";
+    const fs::path data =
+        absoluteVariable(environment, "XDG_DATA_HOME").value_or(paths.home / ".local" / "share");
+    paths.userUnitFolders = {config / "systemd" / "user", data / "systemd" / "user",
+                             "/etc/systemd/user", "/usr/local/lib/systemd/user",
+                             "/usr/lib/systemd/user"};
+    paths.userUnitLink =
+        config / "systemd" / "user" / "graphical-session.target.wants" / kUserUnitName;
     if (auto runtime = absoluteVariable(environment, "XDG_RUNTIME_DIR")) {
         paths.instanceSocket = (*runtime / "lumora.socket").string();
+        paths.systemdRuntimeFolder = *runtime / "systemd";
     } else {
         paths.instanceSocket = "/tmp/lumora-" + user;
     }

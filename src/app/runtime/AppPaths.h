@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace lumora::app {
 
@@ -22,6 +23,12 @@ struct AppPaths {
     std::filesystem::path settingsFile;
     // The start-at-login file (autostart entry; the launch agent on macOS).
     std::filesystem::path autostartFile;
+    // Linux under a systemd user manager: the folder it makes while it runs, the folders it
+    // looks for user units in (first wins), and the link that starts the agent's unit with
+    // the graphical session.
+    std::filesystem::path systemdRuntimeFolder;
+    std::vector<std::filesystem::path> userUnitFolders;
+    std::filesystem::path userUnitLink;
     // The per-user local socket of the running agent.
     std::string instanceSocket;
 
@@ -33,6 +40,9 @@ struct AppPaths {
     // Creates the log file's folder; false when it cannot be created.
     [[nodiscard]] bool createLogFolder() const;
 };
+
+// The systemd user unit the Linux package installs.
+inline constexpr const char* kUserUnitName = "lumora.service";
 
 // The bundle identifier on macOS: the user-defaults domain and the launch agent's name.
 inline constexpr const char* kBundleIdentifier = "org.lumora.Lumora";

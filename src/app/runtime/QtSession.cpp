@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/FileReplace.h"
 #include "runtime/AutostartEntry.h"
 #if defined(__APPLE__)
 #include "MacLoginItem.h"
@@ -28,6 +29,12 @@ bool fileExists(const fs::path& file) {
     return fs::exists(file, ec);
 }
 
+// A link to a unit counts even when its target has gone: it is the user's switch.
+bool linkExists(const fs::path& link) {
+    std::error_code ec;
+    return !link.empty() && fs::is_symlink(fs::symlink_status(link, ec));
+}
+
 // The line of a desktop entry by which a user disables it without deleting it.
 bool hiddenEntry(const fs::path& file) {
     std::ifstream in(file);
@@ -38,35 +45,13 @@ bool hiddenEntry(const fs::path& file) {
     return false;
 }
 
-// Written next to the target and renamed over it, so a crash never leaves half an entry.
-bool writeAtomically(const fs::path& file, const std::string& text) {
-    std::error_code ec;
-    fs::create_directories(file.parent_path(), ec);
-    const fs::path temporary = file.string() + ".new";
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        out << text;
-        out.flush();
-        if (!out) {
-            fs::remove(temporary, ec);
-            return false;
-        }
-    }
-    fs::rename(temporary, file, ec);
-    if (ec) {
-        fs::remove(temporary, ec);
-        return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 QtSession::QtSession(AppPaths paths, Launch launch, Log* log)
     : paths_(std::move(paths)),
       launch_(std::move(launch)),
       log_(log),
-      launchAgentAtStart_(fileExists(paths_.autostartFile)) {}
+      launchAgentAtStart_(fileExists(paths_.autostartFile) || linkExists(paths_.userUnitLink)) {}
 
 std::string QtSession::version() const {
     const std::string version = LUMORA_VERSION;
@@ -85,8 +70,20 @@ bool QtSession::loginItemEnabled() const {
 #if defined(__APPLE__)
     return mac::MacLoginItem(paths_.home, kBundleIdentifier).enabled();
 #else
+    if (userUnit()) return linkExists(paths_.userUnitLink);
     return fileExists(paths_.autostartFile) && !hiddenEntry(paths_.autostartFile);
 #endif
+}
+
+std::optional<fs::path> QtSession::userUnit() const {
+    std::error_code ec;
+    if (paths_.systemdRuntimeFolder.empty() || !fs::is_directory(paths_.systemdRuntimeFolder, ec))
+        return std::nullopt;
+    for (const fs::path& folder : paths_.userUnitFolders) {
+        const fs::path unit = folder / kUserUnitName;
+        if (fs::is_regular_file(unit, ec)) return unit;
+    }
+    return std::nullopt;
 }
 
 bool QtSession::setLoginItemEnabled(bool enabled) {
@@ -99,11 +96,19 @@ bool QtSession::setLoginItemEnabled(bool enabled) {
     if (enabled && item.awaitingApproval()) mac::MacLoginItem::openApprovalSettings();
     return false;
 #else
-    if (enabled) {
-        return writeAtomically(paths_.autostartFile,
-                               autostartEntry(launch_.binary, launch_.headless));
-    }
     std::error_code ec;
+    if (auto unit = userUnit()) {
+        // What `systemctl --user enable` does; the autostart entry would start a second one.
+        fs::remove(paths_.autostartFile, ec);
+        fs::remove(paths_.userUnitLink, ec);
+        if (!enabled) return !linkExists(paths_.userUnitLink);
+        fs::create_directories(paths_.userUnitLink.parent_path(), ec);
+        fs::create_symlink(*unit, paths_.userUnitLink, ec);
+        return !ec;
+    }
+    if (enabled) {
+        return replaceFile(paths_.autostartFile, autostartEntry(launch_.binary, launch_.headless));
+    }
     fs::remove(paths_.autostartFile, ec);
     return !ec;
 #endif

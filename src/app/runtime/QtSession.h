@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "log/Log.h"
@@ -9,8 +10,11 @@
 
 namespace lumora::app {
 
-// The session of the running program. On Linux the login item is the XDG autostart entry:
-// switching it on writes the entry, switching it off removes it.
+// The session of the running program. On Linux the login item is the packaged systemd user
+// unit, enabled for the graphical session, where a systemd user manager runs the session and
+// the unit is installed: the manager then restarts the agent when it ends with a failure (the
+// display server went away). Elsewhere it is the XDG autostart entry: switching it on writes
+// the entry, switching it off removes it.
 class QtSession final : public Session {
   public:
     struct Launch {
@@ -34,6 +38,9 @@ class QtSession final : public Session {
 
     // The running binary, as the kernel knows it (symlinks resolved).
     static std::filesystem::path runningBinary();
+    // The installed user unit when a systemd user manager runs this session; nothing when the
+    // autostart entry is the login item.
+    [[nodiscard]] std::optional<std::filesystem::path> userUnit() const;
 
   private:
     AppPaths paths_;

@@ -2,6 +2,7 @@
 
 #include <QSettings>
 #include <QString>
+#include <chrono>
 #include <utility>
 
 #include "runtime/SettingsCodec.h"
@@ -58,7 +59,7 @@ void SettingsDefaults::set(std::string_view key, Value value) {
     } else {
         settings->setValue(keyOf(key), settingToVariant(value));
     }
-    settings->sync();
+    sync(*settings);
 }
 
 void SettingsDefaults::remove(std::string_view key) {
@@ -66,7 +67,17 @@ void SettingsDefaults::remove(std::string_view key) {
     std::lock_guard lock(mutex_);
     auto settings = open();
     settings->remove(keyOf(key));
-    settings->sync();
+    sync(*settings);
+}
+
+void SettingsDefaults::sync(QSettings& settings) {
+    settings.sync();
+    if (settings.status() == QSettings::NoError || !log_) return;
+    const double now =
+        std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    if (!failures_.shouldReport(now)) return;
+    log_->write("settings: cannot write " + settings.fileName().toStdString() +
+                " (is the disk full?); the previous file is kept and the agent goes on");
 }
 
 }  // namespace lumora::app

@@ -80,7 +80,8 @@ void Log::run() {
 }
 
 // One line at a time: rotate when the file has grown past the limit, then open, append, close.
-// Every file-system error is swallowed; a lost line was still echoed.
+// Every file-system error is swallowed; a lost line was still echoed. A line the disk has no
+// room for is cut off again, so the file always ends with a whole line.
 void Log::append(const std::string& line) const {
     std::error_code ec;
     auto size = fs::file_size(options_.file, ec);
@@ -95,7 +96,12 @@ void Log::append(const std::string& line) const {
         out.open(options_.file, std::ios::binary | std::ios::trunc);
         if (!out.is_open()) return;
     }
+    const auto before = out.tellp();
     out.write(line.data(), static_cast<std::streamsize>(line.size()));
+    out.flush();
+    if (out || before < 0) return;
+    out.close();
+    fs::resize_file(options_.file, static_cast<std::uintmax_t>(before), ec);
 }
 
 std::vector<std::string> Log::tail(int count) const {

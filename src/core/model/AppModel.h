@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "adaptive/AdaptiveBrightness.h"
+#include "base/FileReplace.h"
 #include "display/DisplayInfo.h"
 #include "display/Displays.h"
 #include "input/Hotkeys.h"
@@ -195,6 +196,8 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
         dispatcher_.handleURL(url, std::move(done));
     }
     void writeStatus();
+    // The agent is ending: the status file says so ("running": false) from now on.
+    void writeLastStatus();
     // What writeStatus writes.
     [[nodiscard]] nlohmann::json statusJson() const;
 
@@ -243,6 +246,9 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     Published<bool> brightnessKeys_{true, &objectWillChange_};
     Published<std::map<ShortcutAction, std::string>> desktopTriggers_{{}, &objectWillChange_};
     Published<bool> restoreAfterWake_{true, &objectWillChange_};
+    bool running_ = true;  // false once the agent is ending
+    FailureThrottle statusWriteFailures_;
+    std::string lastStatusText_;  // what the status file holds, as last written
     Published<bool> accessibilityOK_{false, &objectWillChange_};
 
     bool launchAgentInstalled_ = false;

@@ -1,8 +1,8 @@
 // The status file: every display as the model sees it, rewritten after each URL command so
 // that a script can read back the outcome.
-#include <fstream>
 #include <system_error>
 
+#include "base/FileReplace.h"
 #include "model/AppModel.h"
 
 namespace lumora {
@@ -20,6 +20,7 @@ nlohmann::json AppModel::statusJson() const {
     status["lid"] = std::string(rawValue(lid_->machine().mode()));
     status["angle"] = lid_->angle().value_or(kUnknownAngle);
     status["restoreAfterWake"] = restoreAfterWake_.get();
+    status["running"] = running_;
     status["adaptive"] = adaptive_->statusJson();
     nlohmann::json list = nlohmann::json::array();
     for (const DisplayInfo& d : displays_.get()) {
@@ -44,23 +45,30 @@ nlohmann::json AppModel::statusJson() const {
     return status;
 }
 
+void AppModel::writeLastStatus() {
+    running_ = false;
+    writeStatus();
+}
+
 void AppModel::writeStatus() {
     const std::filesystem::path file = ports_.session.statusFile();
-    std::error_code ignored;
-    std::filesystem::create_directories(file.parent_path(), ignored);
     // A name that is not UTF-8 is written with replacement characters rather than not at all.
     const std::string text =
         statusJson().dump(kStatusIndent, ' ', false, nlohmann::json::error_handler_t::replace);
-    // Overwritten in place, then cut to length: a plain write, not an atomic one. Truncating
-    // to zero first would make ext4 and similar file systems flush the old blocks on close,
-    // which costs milliseconds on every command.
-    {
-        std::fstream out(file, std::ios::binary | std::ios::in | std::ios::out);
-        if (!out.is_open()) out.open(file, std::ios::binary | std::ios::out | std::ios::trunc);
-        out << text;
-        if (!out) return;
+    // Replacing a file costs a block flush on ext4; a status that has not changed since the
+    // last write (a plain "status" query) is already there.
+    std::error_code ec;
+    if (text == lastStatusText_ && std::filesystem::file_size(file, ec) == text.size() && !ec)
+        return;
+    // A script must never read half a file: the previous one stays until the new one is whole.
+    std::string why;
+    if (replaceFile(file, text, &why)) {
+        lastStatusText_ = text;
+        return;
     }
-    std::filesystem::resize_file(file, text.size(), ignored);
+    if (statusWriteFailures_.shouldReport(ports_.scheduler.uptime())) {
+        ports_.log.write("status: " + why + "; the agent goes on");
+    }
 }
 
 }  // namespace lumora

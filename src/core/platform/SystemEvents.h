@@ -9,6 +9,9 @@ namespace lumora {
 enum class SystemEvent {
     didWake,         // the system woke from sleep
     screensDidWake,  // the displays woke from display sleep
+    // The connection to the display server (the X server, the compositor) broke for good: the
+    // server crashed or the session ended. Whoever hears it must end the process.
+    displayServerLost,
 };
 
 // The session's notification centre. Handlers run on the main queue.

@@ -114,6 +114,45 @@ TEST_F(SessionTest, LoginItemSwitchWritesAndRemovesTheAutostartEntry) {
     EXPECT_TRUE(fs::exists(QtSession::runningBinary()));
 }
 
+// Under a systemd user manager with the packaged unit installed, the switch enables the unit
+// for the graphical session (the link `systemctl --user enable` makes) and no autostart entry
+// starts a second agent.
+TEST_F(SessionTest, UnderASystemdUserManagerTheSwitchEnablesThePackagedUnit) {
+    const auto withRuntime = [&](const fs::path& runtime) {
+        return AppPaths::fromEnvironment(
+            environment({{"HOME", dir.path().string()},
+                         {"XDG_CONFIG_HOME", (dir / "config").string()},
+                         {"XDG_DATA_HOME", (dir / "data").string()},
+                         {"XDG_RUNTIME_DIR", runtime.string()}}),
+            1);
+    };
+    fs::create_directories(dir / "run/systemd");
+    fs::create_directories(dir / "data/systemd/user");
+    test::writeFile(dir / "data/systemd/user/lumora.service", "[Service]\n");
+    fs::create_directories(dir / "config/autostart");
+    test::writeFile(dir / "config/autostart/lumora.desktop", "[Desktop Entry]\n");
+    const fs::path link = dir / "config/systemd/user/graphical-session.target.wants/lumora.service";
+
+    QtSession session(withRuntime(dir / "run"), {"/usr/bin/lumora", false});
+    EXPECT_EQ(session.userUnit(), dir / "data/systemd/user/lumora.service");
+    EXPECT_FALSE(session.loginItemEnabled()) << "the unit is not enabled yet";
+    ASSERT_TRUE(session.setLoginItemEnabled(true));
+    EXPECT_EQ(fs::read_symlink(link), dir / "data/systemd/user/lumora.service");
+    EXPECT_FALSE(fs::exists(dir / "config/autostart/lumora.desktop"));
+    EXPECT_TRUE(session.loginItemEnabled());
+    EXPECT_TRUE(QtSession(withRuntime(dir / "run"), {}).launchAgentInstalled());
+    ASSERT_TRUE(session.setLoginItemEnabled(false));
+    EXPECT_FALSE(fs::is_symlink(fs::symlink_status(link)));
+    EXPECT_FALSE(session.loginItemEnabled());
+
+    // No user manager running (its runtime folder is missing): the autostart entry again.
+    QtSession plain(withRuntime(dir / "elsewhere"), {"/usr/bin/lumora", false});
+    EXPECT_EQ(plain.userUnit(), std::nullopt);
+    ASSERT_TRUE(plain.setLoginItemEnabled(true));
+    EXPECT_TRUE(fs::exists(dir / "config/autostart/lumora.desktop"));
+    EXPECT_FALSE(fs::is_symlink(fs::symlink_status(link)));
+}
+
 TEST_F(SessionTest, AnEntryTheUserHidIsOffAndAnUnwritableFolderFails) {
     fs::create_directories(dir / "config/autostart");
     test::writeFile(dir / "config/autostart/lumora.desktop", "[Desktop Entry]\nHidden=true\n");

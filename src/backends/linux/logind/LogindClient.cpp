@@ -26,7 +26,7 @@ const QString kBlock = QStringLiteral("block");
 
 // logind answers within milliseconds; a hung one must not freeze the main thread for the bus's
 // default 25 s.
-constexpr int kCallTimeoutMs = 3000;
+constexpr int kCallTimeoutMs = 2000;
 
 constexpr const char* kNotAvailable = "logind is not available";
 

@@ -26,11 +26,13 @@ void LogindSystemEvents::prepareForSleep(const QDBusMessage& message) {
     if (args.isEmpty() || args.first().typeId() != QMetaType::Bool || args.first().toBool()) {
         return;
     }
-    // A handler may add or remove observers: only those present now are called, and only
-    // while they are still present.
+    post(SystemEvent::didWake);
+}
+
+void LogindSystemEvents::post(SystemEvent event) {
     std::vector<Token> tokens;
     for (const auto& [token, observer] : observers_) {
-        if (observer.first == SystemEvent::didWake) tokens.push_back(token);
+        if (observer.first == event) tokens.push_back(token);
     }
     for (const Token token : tokens) {
         const auto found = observers_.find(token);

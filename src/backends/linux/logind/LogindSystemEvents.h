@@ -10,8 +10,8 @@
 
 namespace lumora::lx {
 
-// System wake from logind's PrepareForSleep signal. logind says nothing about display sleep,
-// so screensDidWake observers are kept but never called here; the display server may tell.
+// System wake from logind's PrepareForSleep signal. logind says nothing about display sleep
+// or the display server: the platform tells those through post().
 class LogindSystemEvents final : public SystemEvents {
   public:
     explicit LogindSystemEvents(std::shared_ptr<LogindClient> logind);
@@ -20,6 +20,9 @@ class LogindSystemEvents final : public SystemEvents {
 
     Token addObserver(SystemEvent event, Handler handler) override;
     void removeObserver(Token token) override;
+    // Calls the observers of `event` present now, while they are still present (a handler may
+    // add or remove observers).
+    void post(SystemEvent event);
 
   private:
     void prepareForSleep(const QDBusMessage& message);

@@ -37,6 +37,9 @@
 #include "portal/PortalShortcuts.h"
 #endif
 #include "wayland/common/WaylandSession.h"
+#if defined(LUMORA_HAVE_WAYLAND_WATCH)
+#include "watch/CompositorWatch.h"
+#endif
 
 namespace lumora::lx {
 
@@ -74,6 +77,16 @@ class LinuxPlatform final : public Platform {
         logind_ = std::make_shared<LogindClient>(QDBusConnection::systemBus(), logLine);
         const LinuxSession session = LinuxSession::fromEnvironment(environment);
         chooseDisplays(session, logLine);
+#if defined(LUMORA_HAVE_WAYLAND_WATCH)
+        if (session.waylandDisplay) {
+            compositor_ = wl::CompositorWatch::connect(*session.waylandDisplay);
+            if (compositor_) {
+                watch(compositor_->fd(), [this] {
+                    if (!compositor_->alive()) serverLost();
+                });
+            }
+        }
+#endif
 #if defined(LUMORA_HAVE_PORTAL)
         // Wayland grabs no keys for a client: the desktop binds them through its portal.
         if (!input_ && session.waylandDisplay) {
@@ -164,8 +177,22 @@ class LinuxPlatform final : public Platform {
         lidInhibitor_ = std::make_unique<LidSwitchInhibitor>(logind_);
         lidInhibitor_->take();
     }
+    // The lid goes back to logind before the process ends, however it ends.
+    void persist() override {
+        if (lidInhibitor_) lidInhibitor_->release();
+    }
 
   private:
+    // The display server has gone: its sockets stay readable at their end, so they are watched
+    // no more, and the application hears it once.
+    void serverLost() {
+        if (serverLost_) return;
+        serverLost_ = true;
+        for (auto& notifier : notifiers_)
+            notifier->setEnabled(false);
+        events_->post(SystemEvent::displayServerLost);
+    }
+
     void watch(int fd, std::function<void()> dispatch) {
         if (fd < 0) return;
         auto notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
@@ -228,6 +255,7 @@ class LinuxPlatform final : public Platform {
         if (session.x11Display) {
             if (auto x11 = X11DisplayServer::open(*session.x11Display, logLine)) {
                 auto* server = x11.get();
+                server->onConnectionLost([this] { serverLost(); });
                 watch(server->connectionFd(), [server] { server->dispatchPending(); });
                 displayName_ = "X11 (" + server->randrVersion() + ")";
                 displays_ = std::move(x11);
@@ -285,8 +313,12 @@ class LinuxPlatform final : public Platform {
     std::unique_ptr<LogindSystemEvents> events_;
     std::unique_ptr<LidSwitchInhibitor> lidInhibitor_;
     NoVirtualDisplays virtual_;
+#if defined(LUMORA_HAVE_WAYLAND_WATCH)
+    std::unique_ptr<wl::CompositorWatch> compositor_;
+#endif
     std::vector<std::unique_ptr<QSocketNotifier>> notifiers_;
     std::unique_ptr<QTimer> poll_;
+    bool serverLost_ = false;
 };
 
 }  // namespace

@@ -108,6 +108,7 @@ void X11DisplayServer::refresh(bool force) const {
             changed = true;
         }
         if (connection_->lost()) {
+            if (auto handler = std::exchange(lostHandler_, nullptr)) handler();
             // The server went away, and every display with it.
             if (!world_.displays.empty()) {
                 trace("x11: connection to the display server lost");

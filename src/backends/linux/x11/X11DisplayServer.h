@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DisplayServer.h"
@@ -65,6 +67,9 @@ class X11DisplayServer final : public DisplayServer {
     void removeReconfigurationHandler(int registration) override;
 
     [[nodiscard]] int connectionFd() const;
+    // Called once, the moment the connection is found broken (the server died), before the
+    // displays are forgotten.
+    void onConnectionLost(std::function<void()> handler) { lostHandler_ = std::move(handler); }
     // Takes in the events that have arrived and tells the handlers what they changed: per
     // display one added, removed or changed for the whole burst.
     void dispatchPending();
@@ -92,6 +97,7 @@ class X11DisplayServer final : public DisplayServer {
     int major_;
     int minor_;
     TraceSink trace_;
+    mutable std::function<void()> lostHandler_;  // taken by the call that finds the loss
     bool hasDpms_ = false;
     mutable DisplayWorld world_;
     mutable LayoutMemory memory_;

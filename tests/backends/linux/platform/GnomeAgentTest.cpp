@@ -1,6 +1,9 @@
 // The agent in a GNOME Wayland session (a real headless Mutter on a private bus): it finds
-// Mutter's display configuration, and its commands change what Mutter itself reports.
+// Mutter's display configuration, its commands change what Mutter itself reports, and it ends
+// with status 3 when the compositor dies.
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 #include "app/AgentHarness.h"
 #include "backends/linux/wayland/mutter/MutterSession.h"
@@ -12,7 +15,7 @@ using lumora::test::contains;
 using lumora::test::eventually;
 using lumora::test::Home;
 
-TEST(GnomeAgent, ListsMutterAndItsStateFollowsTheCommands) {
+TEST(GnomeAgent, ListsMutterFollowsTheCommandsAndEndsWithTheCompositor) {
     MutterSession mutter;
     if (!mutter.problem().empty()) GTEST_SKIP() << mutter.problem();
     Home home;
@@ -48,8 +51,12 @@ TEST(GnomeAgent, ListsMutterAndItsStateFollowsTheCommands) {
     send("lumora://main?display=" + other);
     EXPECT_NE(primary(), before) << "the primary moved";
     EXPECT_FALSE(primary().empty());
-    agent.signal(SIGTERM);
-    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+
+    // The compositor dies: Mutter's D-Bus service would never tell, the Wayland socket does.
+    mutter.kill();
+    EXPECT_EQ(agent.waitExit(std::chrono::seconds(2)), 3) << agent.output();
+    EXPECT_TRUE(contains(lumora::test::readFile(home.logFile()), "display server lost\n"));
+    EXPECT_EQ(lumora::test::readJson(home.statusFile())->value("running", true), false);
 }
 
 // Wayland grabs no keys: the shortcuts go through the desktop portal (a stand-in on Mutter's

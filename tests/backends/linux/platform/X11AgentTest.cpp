@@ -3,6 +3,7 @@
 // xrandr is the independent witness of every change.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <csignal>
 
@@ -112,6 +113,38 @@ TEST_F(X11Agent, WithoutATrayTheNextLaunchAndThePanelCommandShowTheWindow) {
 
     agent.signal(SIGTERM);
     EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+}
+
+// The X server dies under the agent (a crash, the end of the session): the agent notices, says
+// so, writes its last status and ends with status 3 for its service manager to restart it,
+// whether Qt's own connection noticed first (the windowed agent) or the backend's (headless).
+TEST_F(X11Agent, LosingTheServerEndsTheAgentWithStatus3) {
+    for (const bool headless : {false, true}) {
+        SCOPED_TRACE(headless ? "headless" : "windowed");
+        if (!server) {
+            std::string whyNot;
+            server = XorgServer::start(whyNot);
+            ASSERT_TRUE(server) << whyNot;
+        }
+        Home own;  // a log and a status file of this round's own
+        lumora::test::Process agent(
+            own, headless ? std::vector<std::string>{"--headless"} : std::vector<std::string>{},
+            env());
+        ASSERT_TRUE(eventually([&] { return own.agentAnswers(); })) << agent.output();
+        EXPECT_EQ(lumora::test::runToEnd(own, {"dim", "DUMMY0", "0.5"}).status, 0);
+
+        witness.reset();  // its connection would end this process with the server
+        server->kill();
+        const auto killed = std::chrono::steady_clock::now();
+        EXPECT_EQ(agent.waitExit(std::chrono::seconds(2)), 3) << agent.output();
+        EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(2));
+        EXPECT_TRUE(contains(readFile(own.logFile()), "display server lost\n"))
+            << readFile(own.logFile());
+        const auto status = lumora::test::readJson(own.statusFile());
+        ASSERT_TRUE(status);
+        EXPECT_EQ(status->value("running", true), false);
+        server.reset();
+    }
 }
 
 // The machine sleeps and wakes (logind's PrepareForSleep(false)), and the gamma tables were

@@ -63,7 +63,7 @@ const QString kInterface = QStringLiteral("org.gnome.Mutter.DisplayConfig");
 const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
 
 // Mutter answers within milliseconds; a compositor that hangs must not freeze the agent.
-constexpr int kCallTimeoutMs = 5000;
+constexpr int kCallTimeoutMs = 2000;
 
 void registerTypes() {
     static const bool registered = [] {

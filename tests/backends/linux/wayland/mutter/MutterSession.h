@@ -81,6 +81,8 @@ class MutterSession {
     }
 
     [[nodiscard]] const std::string& problem() const { return problem_; }
+    // Ends the compositor now; the bus stays.
+    void kill() { mutter_.reset(); }
     // For clients of the session: the bus address and the compositor's runtime folder.
     [[nodiscard]] const std::string& address() const { return bus_.address(); }
     [[nodiscard]] std::filesystem::path runtimeDir() const { return bus_.dir(); }
