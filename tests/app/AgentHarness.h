@@ -9,7 +9,9 @@
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+
 #include <unistd.h>
+#include <atomic>
 
 #include <chrono>
 #include <cstring>
@@ -217,6 +219,7 @@ class Process {
     Process& operator=(const Process&) = delete;
 
     [[nodiscard]] bool started() const { return pid_ > 0; }
+    [[nodiscard]] pid_t pid() const { return pid_; }
     [[nodiscard]] bool running() const { return started() && !status_; }
 
     // The exit status once the process has ended by itself; -1 for a death by signal.
@@ -244,7 +247,7 @@ class Process {
     [[nodiscard]] std::string error() const { return readFile(error_); }
 
   private:
-    inline static int counter_ = 0;  // output files of one home never clash
+    inline static std::atomic<int> counter_ = 0;  // output files of one home never clash
     std::filesystem::path output_;
     std::filesystem::path error_;
     pid_t pid_ = -1;
