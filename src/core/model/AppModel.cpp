@@ -33,7 +33,15 @@ AppModel::AppModel(Passkey, AppPorts ports)
       hidpi_(ports.displays, ports.platform.virtualDisplays(), ports.scheduler, ports.defaults,
              ports.log),
       hotkeys_(ports.platform.input(), ports.scheduler, ports.log),
-      mediaKeys_(ports.platform.input(), ports.log) {
+      mediaKeys_(ports.platform.input(), ports.log),
+      burst_(ports.scheduler, {[this] {
+                                   refresh();
+                                   brightness_.applyColor();
+                               },
+                               [this] {
+                                   ddc_->rescan();
+                                   hidpi_.reconcile();
+                               }}) {
     // Loading assigns the initial values; nobody can have subscribed yet.
     lidConfig_.set(lid_->machine().config());
     shortcuts_.set(loadShortcuts(ports_.defaults));
@@ -157,21 +165,7 @@ void AppModel::didWake() {
 }
 
 void AppModel::scheduleRefresh(bool rescan) {
-    // Not merged: a newly attached monitor should be controllable at once.
-    if (rescan) {
-        ddc_->rescan();
-        hidpi_.reconcile();
-    }
-    if (refreshScheduled_) return;
-    refreshScheduled_ = true;
-    // A fixed delay from the first event of a burst, not a sliding one.
-    ports_.scheduler.mainQueue().postAfter(kRefreshDelay, [weak = weak_from_this()] {
-        auto self = weak.lock();
-        if (!self) return;
-        self->refreshScheduled_ = false;
-        self->refresh();
-        self->brightness_.applyColor();
-    });
+    burst_.event(rescan);
 }
 
 void AppModel::refresh() {
@@ -199,7 +193,8 @@ void AppModel::refresh() {
     updateSleepInhibition();
     // A display seen before the event that announces it is scanned now. Not before start:
     // the start sequence scans after its first refresh.
-    if (ddcStarted_) ddc_->scanNewDisplays();
+    // Not while the burst that brought it still asks for its own rescan.
+    if (ddcStarted_ && !burst_.rescanPending()) ddc_->scanNewDisplays();
     if (adaptiveStarted_) adaptive_->displaysChanged();
 }
 

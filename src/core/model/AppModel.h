@@ -30,6 +30,7 @@
 #include "model/CommandResult.h"
 #include "model/DdcControl.h"
 #include "model/Observable.h"
+#include "model/ReconfigurationBurst.h"
 #include "model/Settings.h"
 #include "platform/Defaults.h"
 #include "platform/Osd.h"
@@ -65,8 +66,8 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
   public:
     using DdcValues = DdcControl::Values;
 
-    // Reconfiguration bursts are merged into one refresh this long after the first event.
-    static constexpr double kRefreshDelay = 0.3;
+    // A reconfiguration is shown this long after the first event of its burst.
+    static constexpr double kRefreshDelay = ReconfigurationBurst::kFirstRefreshDelay;
     // HiDPI sessions come up asynchronously (the mirroring step runs a second after the
     // virtual display appears), so a toggle refreshes again after this.
     static constexpr double kHiDPISecondRefresh = 1.5;
@@ -268,7 +269,7 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     Hotkeys hotkeys_;
     MediaKeys mediaKeys_;
     std::unique_ptr<SleepInhibition> sleepInhibition_;
-    bool refreshScheduled_ = false;
+    ReconfigurationBurst burst_;
     std::optional<int> reconfiguration_;
     std::vector<SystemEvents::Token> wakeObservers_;
     bool started_ = false;

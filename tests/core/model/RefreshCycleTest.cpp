@@ -52,26 +52,48 @@ TEST_F(RefreshCycle, ABurstOfEventsMakesOneRefreshAFixedDelayAfterTheFirst) {
     EXPECT_EQ(refreshes, 1);
 }
 
-TEST_F(RefreshCycle, AnAddedDisplayIsRescannedAtOnceAndRefreshedOnce) {
+// A dock: ten changes within a second, displays coming and going among them. The first
+// refresh shows the first change quickly, one more shows the settled result, and the
+// monitors are scanned once, when the burst has settled.
+TEST_F(RefreshCycle, ADocksBurstMakesTwoRefreshesAndOneRescan) {
     start("laptopAndExternal.json", /*events=*/true);
     counting = model->displays().subscribe([this] { ++refreshes; });
+    const auto scans = [this] {
+        const auto lines = logged();
+        return std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+            return line.starts_with("DDC: ") && line.ends_with(" answering");
+        });
+    };
+    const auto scansBefore = scans();
     machine->clearWire();
     const double t0 = clock.uptime();
-    eventServer->fire(3, DisplayChange::added);
-    eventServer->fire(2, DisplayChange::removed);
-    clock.runDue();
-    // Both rescans start at once, before the refresh is due, and are not merged.
+    const DisplayChange steps[] = {DisplayChange::removed, DisplayChange::changed,
+                                   DisplayChange::added, DisplayChange::changed};
+    for (int i = 0; i < 10; ++i) {
+        eventServer->fire(i % 2 == 0 ? 3 : 2, steps[i % 4]);
+        clock.advance(0.1);
+    }
+    EXPECT_EQ(refreshes, 1) << "the first, 0.3 s after the first event";
+    clock.advance(10);
+    EXPECT_EQ(refreshes, 2);
+    EXPECT_EQ(scans() - scansBefore, 1);
     const auto wire = machine->wire();
     ASSERT_FALSE(wire.empty());
-    EXPECT_LT(wire.front().time - t0, 0.05);
+    // The last display came or went at 0.8 s.
+    EXPECT_NEAR(wire.front().time - t0, 0.8 + ReconfigurationBurst::kSettle, 0.01)
+        << "scanned once the burst had settled";
+
+    // A single monitor plugged in later: shown after 0.3 s, scanned when nothing follows.
+    machine->clearWire();
+    const double t1 = clock.uptime();
+    eventServer->fire(3, DisplayChange::added);
     clock.advance(AppModel::kRefreshDelay);
-    EXPECT_EQ(refreshes, 1);
-    // The two scans take turns on the monitors' queue.
-    clock.advance(1);
-    const auto lines = logged();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(),
-                         "DDC: 1 external display(s) with a DDC channel, 1 answering"),
-              3);
+    EXPECT_EQ(refreshes, 3);
+    clock.advance(10);
+    EXPECT_EQ(refreshes, 3);
+    EXPECT_EQ(scans() - scansBefore, 2);
+    ASSERT_FALSE(machine->wire().empty());
+    EXPECT_NEAR(machine->wire().front().time - t1, ReconfigurationBurst::kSettle, 0.01);
 }
 
 TEST_F(RefreshCycle, SleepAssertionFollowsTheExternalDisplays) {
@@ -87,7 +109,7 @@ TEST_F(RefreshCycle, SleepAssertionFollowsTheExternalDisplays) {
     EXPECT_TRUE(assertions().empty());
     machine->setOnline(3, true);
     EXPECT_TRUE(assertions().empty());  // taken at the next refresh, not before
-    clock.advance(AppModel::kRefreshDelay);
+    clock.advance(ReconfigurationBurst::kSettle);
     EXPECT_EQ(assertions().size(), 1u);
 
     model->setPreventSleepWithExternal(false);
