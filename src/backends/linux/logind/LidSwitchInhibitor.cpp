@@ -5,9 +5,17 @@
 namespace lumora::lx {
 
 LidSwitchInhibitor::LidSwitchInhibitor(std::shared_ptr<LogindClient> logind)
-    : logind_(std::move(logind)) {}
+    : logind_(std::move(logind)) {
+    // A restarted logind knows nothing of the lock the old one gave: it is taken anew.
+    logind_->onReturn([this, alive = std::weak_ptr<bool>(alive_)] {
+        if (alive.expired() || !wanted_) return;
+        lock_.release();
+        (void)take();
+    });
+}
 
 bool LidSwitchInhibitor::take() {
+    wanted_ = true;
     if (lock_.held()) return true;
     lock_ = logind_->inhibit(QStringLiteral("handle-lid-switch"),
                              QStringLiteral("Lumora handles the lid"));

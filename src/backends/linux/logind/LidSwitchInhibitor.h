@@ -18,11 +18,16 @@ class LidSwitchInhibitor {
 
     // Whether the lock is held afterwards; taking it again while held changes nothing.
     bool take();
-    void release() { lock_.release(); }
+    void release() {
+        wanted_ = false;
+        lock_.release();
+    }
 
   private:
     std::shared_ptr<LogindClient> logind_;
     InhibitorLock lock_;
+    bool wanted_ = false;  // taken and not given back: taken again when logind returns
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace lumora::lx

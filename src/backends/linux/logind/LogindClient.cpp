@@ -45,10 +45,29 @@ LogindClient::LogindClient(QDBusConnection bus, LogFunction log, std::string ses
                   (why.isEmpty() ? std::string("no bus connection") : why.toStdString()) + ")");
         return;
     }
+    watcher_ = std::make_unique<QDBusServiceWatcher>(kService, bus_,
+                                                     QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
+                     [this](const QString&, const QString&, const QString& owner) {
+                         ownerChanged(!owner.isEmpty());
+                     });
     // Ping also starts a logind that is only activatable.
     const LogindReply ping = call(kManagerPath, kPeerInterface, QStringLiteral("Ping"), {}, true);
     available_ = ping.ok;
     if (!available_) this->log("logind: not available (" + ping.error + ")");
+}
+
+void LogindClient::ownerChanged(bool present) {
+    if (present == available_) return;
+    available_ = present;
+    session_.reset();  // a new logind numbers its objects anew
+    if (!present) {
+        log("logind: gone from the bus; waiting for it to come back");
+        return;
+    }
+    log("logind: back on the bus");
+    for (const auto& handler : returnHandlers_)
+        handler();
 }
 
 std::string LogindClient::environmentSessionId() {

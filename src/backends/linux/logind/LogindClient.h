@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QString>
 #include <QVariant>
 #include <QVariantList>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "logind/InhibitorLock.h"
 #include "logind/LogindSignal.h"
@@ -27,7 +29,9 @@ struct LogindReply {
 // A small client of systemd-logind (org.freedesktop.login1) on a bus the caller hands in: the
 // system bus in production, a private one in tests. It asks once, at construction, whether
 // logind answers; when it does not, that is one log line and every later call fails at once
-// without going to the bus.
+// without going to the bus. While the client lives it watches logind's name on the bus: when
+// logind goes away (an update restarts it) the client is unavailable, and when it comes back
+// the client is available again and tells whoever must take something again (an inhibitor).
 //
 // Threading: main thread; signal handlers run on the main thread's Qt event loop.
 class LogindClient {
@@ -59,6 +63,9 @@ class LogindClient {
 
     void log(const std::string& line) const;
 
+    // Calls `handler` each time logind comes back on the bus after it had gone.
+    void onReturn(std::function<void()> handler) { returnHandlers_.push_back(std::move(handler)); }
+
     // XDG_SESSION_ID, or empty.
     static std::string environmentSessionId();
 
@@ -67,8 +74,12 @@ class LogindClient {
                      const QVariantList& args, bool quiet);
     const QString& sessionPath();
 
+    void ownerChanged(bool present);
+
     QDBusConnection bus_;
     LogFunction log_;
+    std::unique_ptr<QDBusServiceWatcher> watcher_;
+    std::vector<std::function<void()>> returnHandlers_;
     std::string sessionId_;
     bool available_ = false;
     std::optional<QString> session_;

@@ -128,6 +128,11 @@ class LinuxPlatform final : public Platform {
 
     [[nodiscard]] Capabilities capabilities() const override {
         Capabilities c = displayCapabilities_;
+#if defined(LUMORA_HAVE_MUTTER)
+        if (mutter_ && !mutter_->present()) {
+            c.setMode = c.setMain = c.mirror = c.enableDisable = false;
+        }
+#endif
         if (gammaFollowsDisplays_) c.gamma = anyGamma(*displays_);
         c.virtualDisplays = false;
         c.lidAngle = lid_->hasHingeSensor();
@@ -218,6 +223,7 @@ class LinuxPlatform final : public Platform {
                 if (auto mutter =
                         wl::MutterDisplayServer::create(QDBusConnection::sessionBus(), logLine)) {
                     auto* m = mutter.get();
+                    mutter_ = m;
                     displayPower_.sleep = [m] {
                         return m->sleepDisplays()
                                    ? PowerRequest{true, {}}
@@ -315,6 +321,9 @@ class LinuxPlatform final : public Platform {
     NoVirtualDisplays virtual_;
 #if defined(LUMORA_HAVE_WAYLAND_WATCH)
     std::unique_ptr<wl::CompositorWatch> compositor_;
+#endif
+#if defined(LUMORA_HAVE_MUTTER)
+    wl::MutterDisplayServer* mutter_ = nullptr;  // the display server, when it is Mutter
 #endif
     std::vector<std::unique_ptr<QSocketNotifier>> notifiers_;
     std::unique_ptr<QTimer> poll_;

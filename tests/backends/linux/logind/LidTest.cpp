@@ -5,7 +5,9 @@
 
 #include "LogindBus.h"
 #include "logind/HingeSensor.h"
+#include "logind/LidSwitchInhibitor.h"
 #include "logind/LinuxLidSensor.h"
+#include "logind/LogindSystemEvents.h"
 
 namespace lumora::test {
 namespace {
@@ -138,4 +140,30 @@ TEST_F(LogindTest, LidSwitchReadsAndReportsLidClosed) {
 }
 
 }  // namespace
+// logind restarts (an update): meanwhile it is reported absent, and when it is back the lid
+// switch is inhibited again and its signals are heard again.
+TEST_F(LogindTest, ARestartedLogindGetsTheInhibitorAgainAndIsHeardAgain) {
+    auto logind = bus_->client(log_);
+    lx::LidSwitchInhibitor lidSwitch(logind);
+    lx::LogindSystemEvents events(logind);
+    int wakes = 0;
+    events.addObserver(SystemEvent::didWake, [&] { ++wakes; });
+    ASSERT_TRUE(lidSwitch.take());
+    ASSERT_TRUE(bus_->inhibited());
+
+    bus_->restartLogind();
+    ASSERT_EQ(bus_->failure, "");
+    EXPECT_TRUE(spinUntil([&] { return bus_->inhibited(); })) << "taken from the new logind";
+    EXPECT_TRUE(logind->available());
+    EXPECT_EQ(log_, (Lines{"logind: gone from the bus; waiting for it to come back",
+                           "logind: back on the bus"}));
+    bus_->call(kLogindPath, "EmitSignal", {kManager, "PrepareForSleep", "b", QVariantList{false}});
+    EXPECT_TRUE(spinUntil([&] { return wakes == 1; }));
+
+    lidSwitch.release();
+    bus_->restartLogind();
+    EXPECT_TRUE(spinUntil([&] { return logind->available(); }));
+    EXPECT_FALSE(bus_->inhibited()) << "given back, so not taken again";
+}
+
 }  // namespace lumora::test

@@ -38,7 +38,18 @@ LogindBus::LogindBus(bool withLogind) {
         failure = "no private bus: " + bus_.problem();
         return;
     }
-    if (!withLogind) return;
+    if (withLogind) startLogind();
+}
+
+void LogindBus::restartLogind() {
+    logind_.reset();
+    ASSERT_TRUE(spinUntil([&] {
+        return !QDBusConnection(name_).interface()->isServiceRegistered(kService).value();
+    }));
+    startLogind();
+}
+
+void LogindBus::startLogind() {
     // The template is for the system bus: here that is the private one.
     logind_.emplace(
         std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template", "logind"},

@@ -47,8 +47,12 @@ class LogindBus {
     // The arguments, as text, of each call of `method` the object `path` received.
     Calls calls(const QString& path, const QString& method) const;
     [[nodiscard]] bool inhibited() const;
+    // Stops logind and starts a new one (an update restarting it): it remembers nothing.
+    void restartLogind();
 
   private:
+    void startLogind();
+
     wltest::PrivateBus bus_;
     std::optional<wltest::ChildProcess> logind_;  // stopped before the bus
     QString name_;

@@ -338,6 +338,18 @@ bool MutterBus::applyAllowed() const {
     return reply.arguments()[0].value<QDBusVariant>().variant().toBool();
 }
 
+std::unique_ptr<QDBusServiceWatcher> MutterBus::watchOwner(
+    std::function<void(bool present)> changed) {
+    auto watcher = std::make_unique<QDBusServiceWatcher>(kService, connection_,
+                                                         QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(
+        watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher.get(),
+        [changed = std::move(changed)](const QString&, const QString&, const QString& owner) {
+            changed(!owner.isEmpty());
+        });
+    return watcher;
+}
+
 bool MutterBus::connectMonitorsChanged(QObject* receiver, const char* slot) {
     return connection_.connect(kService, kPath, kInterface, QStringLiteral("MonitorsChanged"),
                                receiver, slot);

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,6 +47,8 @@ class MutterBus {
 
     // Calls `slot` of `receiver` (a Qt slot signature) on every MonitorsChanged.
     bool connectMonitorsChanged(QObject* receiver, const char* slot);
+    // Follows DisplayConfig's owner on the bus; `present` tells whether it has one now.
+    std::unique_ptr<QDBusServiceWatcher> watchOwner(std::function<void(bool present)> changed);
 
   private:
     QDBusConnection connection_;

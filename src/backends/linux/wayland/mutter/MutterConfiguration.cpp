@@ -79,6 +79,7 @@ class MutterConfiguration final : public DisplayConfiguration {
 }  // namespace
 
 std::unique_ptr<DisplayConfiguration> MutterDisplayServer::beginConfiguration() {
+    if (!present_) return nullptr;
     if (!bus_.applyAllowed()) {
         log_("mutter: the compositor does not allow display configuration now");
         return nullptr;

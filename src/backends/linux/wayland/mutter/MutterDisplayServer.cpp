@@ -29,6 +29,7 @@ std::unique_ptr<MutterDisplayServer> MutterDisplayServer::create(QDBusConnection
     server->relay_ = std::make_unique<MutterSignalRelay>([raw] { raw->refresh(); });
     if (!server->bus_.connectMonitorsChanged(server->relay_.get(), SLOT(monitorsChanged())))
         server->log_("mutter: cannot follow MonitorsChanged; display changes go unnoticed");
+    server->watcher_ = server->bus_.watchOwner([raw](bool present) { raw->ownerChanged(present); });
     return server;
 }
 
@@ -91,6 +92,17 @@ void MutterDisplayServer::rebuildEntries() {
             return c.id == g.second.crtc && c.connector == e->monitor->connector;
         });
     });
+}
+
+void MutterDisplayServer::ownerChanged(bool present) {
+    if (present == present_) return;
+    present_ = present;
+    if (!present) {
+        log_("mutter: DisplayConfig left the bus; displays cannot be configured until it returns");
+        return;
+    }
+    log_("mutter: DisplayConfig is back; reading the displays again");
+    refresh();
 }
 
 void MutterDisplayServer::refresh() {

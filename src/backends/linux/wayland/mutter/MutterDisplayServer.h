@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <map>
 #include <memory>
@@ -43,6 +44,10 @@ class MutterDisplayServer final : public DisplayServer {
     static std::unique_ptr<MutterDisplayServer> create(QDBusConnection bus, LogFunction log);
     ~MutterDisplayServer() override;
 
+    // DisplayConfig is on the bus. When it leaves (gnome-shell restarting, say) nothing can be
+    // configured; when it comes back the displays are read again and the changes told.
+    [[nodiscard]] bool present() const { return present_; }
+
     [[nodiscard]] std::vector<DisplayID> onlineIDs() const override;
     [[nodiscard]] DisplayID mainDisplay() const override;
     [[nodiscard]] bool isBuiltin(DisplayID id) const override;
@@ -76,6 +81,7 @@ class MutterDisplayServer final : public DisplayServer {
 
     // Reads the compositor's state again and reports what changed to the handlers.
     void refresh();
+    void ownerChanged(bool present);
 
     // What a configuration transaction knows about a display.
     [[nodiscard]] std::optional<std::string> connectorOf(DisplayID id) const;
@@ -128,6 +134,8 @@ class MutterDisplayServer final : public DisplayServer {
     mutable std::set<DisplayID> gammaAbsentLogged_;
     std::map<std::string, MutterPlacement> placements_;
     std::unique_ptr<MutterSignalRelay> relay_;
+    std::unique_ptr<QDBusServiceWatcher> watcher_;
+    bool present_ = true;
 };
 
 }  // namespace lumora::wl

@@ -62,10 +62,13 @@ class MutterSession {
         if (!problem_.empty() || kind == Kind::emptyBus) return;
         const std::string address = "DBUS_SESSION_BUS_ADDRESS=" + bus_.address();
         if (kind == Kind::standIn) {
-            mutter_.emplace(
-                std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
-                                         kStandIn, "--parameters", parameters},
-                std::vector<std::string>{address}, dir / "standin.log");
+            startStandIn_ = [this, address, parameters, dir] {
+                mutter_.emplace(
+                    std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--template",
+                                             kStandIn, "--parameters", parameters},
+                    std::vector<std::string>{address}, dir / "standin.log");
+            };
+            startStandIn_();
         } else {
             mutter_.emplace(std::vector<std::string>{"mutter", "--headless", "--wayland",
                                                      "--no-x11", "--virtual-monitor", "1920x1080",
@@ -83,6 +86,12 @@ class MutterSession {
     [[nodiscard]] const std::string& problem() const { return problem_; }
     // Ends the compositor now; the bus stays.
     void kill() { mutter_.reset(); }
+    // The stand-in only: stops it and starts it again, as an update restarts a service.
+    bool restartStandIn() {
+        kill();
+        startStandIn_();
+        return waitFor([this] { return !logicalMonitors().empty(); }, PrivateBus::kStartSeconds);
+    }
     // For clients of the session: the bus address and the compositor's runtime folder.
     [[nodiscard]] const std::string& address() const { return bus_.address(); }
     [[nodiscard]] std::filesystem::path runtimeDir() const { return bus_.dir(); }
@@ -130,6 +139,7 @@ class MutterSession {
     static constexpr const char* kStandIn = LUMORA_WAYLAND_FIXTURES "/mutter_displayconfig.py";
     PrivateBus bus_;
     std::optional<ChildProcess> mutter_;  // or its stand-in; stopped before the bus
+    std::function<void()> startStandIn_;
     std::string problem_;
 };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <regex>
 #include <string>
 #include <vector>
@@ -107,6 +108,44 @@ TEST_F(MutterStandInTest, AStaleSerialIsReadAgainAndTriedOnce) {
         EXPECT_EQ(calls(), c.calls);
         EXPECT_EQ(log_, c.log);
     }
+}
+
+// gnome-shell restarts and DisplayConfig leaves the bus for a moment: meanwhile nothing can be
+// configured; when it is back the displays are read again and configuring works again.
+TEST_F(MutterStandInTest, DisplayConfigLeavingAndComingBackIsFollowed) {
+    start("{}");
+    if (IsSkipped()) return;
+    int changes = 0;
+    server_->addReconfigurationHandler([&](DisplayID, DisplayChange) { ++changes; });
+    standIn_->kill();
+    ASSERT_TRUE(wltest::waitFor(
+        [&] {
+            QCoreApplication::processEvents();
+            return !server_->present();
+        },
+        5));
+    EXPECT_EQ(server_->beginConfiguration(), nullptr);
+
+    ASSERT_TRUE(standIn_->restartStandIn());
+    ASSERT_TRUE(wltest::waitFor(
+        [&] {
+            QCoreApplication::processEvents();
+            return server_->present();
+        },
+        5));
+    EXPECT_EQ(server_->onlineIDs(), std::vector<DisplayID>{id_});
+    auto config = server_->beginConfiguration();
+    ASSERT_NE(config, nullptr);
+    ASSERT_EQ(config->setMain(id_), kConfigOK);
+    EXPECT_EQ(config->complete(ConfigureOption::permanently), kConfigOK);
+    EXPECT_EQ(calls(),
+              (std::vector<std::string>{"apply serial=1 method=2 0,0*:DP-1=1920x1200@59.950"}))
+        << "the new DisplayConfig's serial, read after it came back";
+    EXPECT_EQ(log_, (std::vector<std::string>{
+                        "mutter: DisplayConfig left the bus; displays cannot be configured "
+                        "until it returns",
+                        "mutter: DisplayConfig is back; reading the displays again"}));
+    EXPECT_EQ(changes, 0) << "the same monitor as before";
 }
 
 }  // namespace
