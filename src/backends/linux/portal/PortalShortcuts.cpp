@@ -91,6 +91,26 @@ PortalShortcuts::PortalShortcuts(QDBusConnection bus, LogFunction log)
     changes_ = std::make_unique<LogindSignal>(
         bus_, kService, kPath, kInterface, QStringLiteral("ShortcutsChanged"),
         [this](const QDBusMessage& m) { reportTriggers(m.arguments().value(1)); });
+    watcher_ = std::make_unique<QDBusServiceWatcher>(kService, bus_,
+                                                     QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
+                     [this](const QString&, const QString&, const QString& owner) {
+                         ownerChanged(!owner.isEmpty());
+                     });
+    createSession();
+}
+
+void PortalShortcuts::ownerChanged(bool present) {
+    // Whatever the old portal knew (the session, the bindings, pending answers) went with it.
+    session_.clear();
+    bound_ = false;
+    waiting_.clear();
+    early_.clear();
+    if (!present) {
+        log_("shortcuts: the desktop portal left the bus; the shortcuts wait for it");
+        return;
+    }
+    log_("shortcuts: the desktop portal is back; binding the shortcuts again");
     createSession();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
 #include <QString>
 #include <QVariantMap>
 #include <functional>
@@ -27,7 +28,8 @@ namespace lumora::lx {
 // handler. No brightness-key tap.
 //
 // Every call to the bus waits 2 s at most; the portal's answers (Request::Response) and
-// presses arrive on the main thread's event loop.
+// presses arrive on the main thread's event loop. A portal that leaves the bus and comes back
+// (the desktop restarting it) gets a new session and the same bindings.
 class PortalShortcuts final : public Input {
   public:
     static constexpr int kCallTimeoutMilliseconds = 2000;
@@ -66,12 +68,14 @@ class PortalShortcuts final : public Input {
     void response(const QDBusMessage& message);
     void activated(const QDBusMessage& message);
     void reportTriggers(const QVariant& shortcuts);
+    void ownerChanged(bool present);
 
     QDBusConnection bus_;
     LogFunction log_;
     std::unique_ptr<LogindSignal> responses_;
     std::unique_ptr<LogindSignal> activations_;
     std::unique_ptr<LogindSignal> changes_;
+    std::unique_ptr<QDBusServiceWatcher> watcher_;
     std::map<QString, Continuation> waiting_;  // request path -> what its answer continues
     std::map<QString, QDBusMessage> early_;    // answers that came before their call returned
     QString session_;

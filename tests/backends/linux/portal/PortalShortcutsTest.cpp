@@ -121,6 +121,24 @@ TEST_F(PortalTest, BindsEveryActionByNameWithItsKeysAndAPressComesBack) {
     }));
     EXPECT_EQ(pressed, std::vector<ShortcutAction>{ShortcutAction::brightnessDown});
     EXPECT_EQ(mock("GetTestLog").arguments().value(0).toStringList().size(), calls.size());
+
+    // The desktop restarts its portal: a new session with the same bindings, and presses.
+    portal_.reset();
+    startPortal();
+    ASSERT_TRUE(spinUntil([&] {
+        return mock("GetTestLog").arguments().value(0).toStringList().size() == calls.size();
+    }));
+    EXPECT_EQ(mock("GetTestLog").arguments().value(0).toStringList(), calls);
+    mock("Activate", {"dimToBlack"});
+    ASSERT_TRUE(spinUntil([&] {
+        clock.runDue();
+        return pressed.size() == 2;
+    }));
+    EXPECT_EQ(pressed.back(), ShortcutAction::dimToBlack);
+    EXPECT_EQ(log_, (Lines{"shortcuts: desktop portal session " + session.toStdString(),
+                           "shortcuts: the desktop portal left the bus; the shortcuts wait for it",
+                           "shortcuts: the desktop portal is back; binding the shortcuts again",
+                           "shortcuts: desktop portal session " + session.toStdString()}));
 }
 
 // A portal answering with something else where the list belongs: no triggers, no crash, and
