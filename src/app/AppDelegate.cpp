@@ -214,6 +214,7 @@ void AppDelegate::displayServerLost() {
     cleanedUp_ = true;
     app_.log().write("display server lost");
     AppModel& model = app_.model();
+    model.rememberServerLoss();
     model.lid().shutdown();
     model.writeLastStatus();
     app_.persistForExit();

@@ -1,5 +1,6 @@
 #include "model/AppModel.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/AdaptiveLink.h"
@@ -124,10 +125,36 @@ void AppModel::start() {
     }
 
     refresh();
+    if (resumingAfterServerLoss()) {
+        // The new server switched every display on again and the monitors may have been
+        // reset with it.
+        const std::vector<DisplayID> online = ports_.displays.onlineIDs();
+        const auto switchedOff = ports_.displays.disconnected();  // a copy: it is written to
+        for (const auto& [id, name] : switchedOff) {
+            if (std::find(online.begin(), online.end(), id) != online.end())
+                (void)ports_.displays.setEnabled(id, false, /*quiet=*/false);
+        }
+        if (!switchedOff.empty()) refresh();
+        ddc_->restoreAfterNextScan();
+    }
     ddc_->rescan();
     ddcStarted_ = true;
     brightness_.applyColor();
     startAdaptive();
+}
+
+void AppModel::rememberServerLoss() {
+    ports_.defaults.setNumber(kResumeAfterServerLossKey, ports_.platform.wallClock().utcSeconds());
+}
+
+bool AppModel::resumingAfterServerLoss() {
+    const auto lost = ports_.defaults.number(kResumeAfterServerLossKey);
+    if (!lost) return false;
+    ports_.defaults.remove(kResumeAfterServerLossKey);
+    const double since = ports_.platform.wallClock().utcSeconds() - *lost;
+    if (since < 0 || since > kResumeWindowSeconds) return false;
+    ports_.log.write("resuming after the display server was lost");
+    return true;
 }
 
 void AppModel::startAdaptive() {

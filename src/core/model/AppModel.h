@@ -138,6 +138,9 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
 
     // --- Refresh cycle ---
     void start();
+    // The display server went away: the next start soon after puts back what the new server
+    // does not know (displays switched off, monitors' DDC values).
+    void rememberServerLoss();
     void refresh();
     void updateMediaKeys();
 
@@ -225,6 +228,8 @@ class AppModel : public std::enable_shared_from_this<AppModel> {
     class AdaptiveLink;
 
     void scheduleRefresh(bool rescan);
+    // Takes the mark rememberServerLoss left; true when it is recent.
+    bool resumingAfterServerLoss();
     void startAdaptive();
     void updateSleepInhibition();
     void performNow(ShortcutAction action, DisplayID display);

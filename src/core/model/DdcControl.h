@@ -56,7 +56,7 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // read back is tried again this long after its first attempt, then given up.
     static constexpr std::array<double, 3> kRestoreRetries{2.0, 5.0, 10.0};
 
-    enum class RestoreCause { wake, reconnection };
+    enum class RestoreCause { wake, reconnection, serverRestart };
 
     struct Deps {
         Scheduler& scheduler;
@@ -99,6 +99,9 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // keeps its values and its DDC path while it ignores DDC/CI just after waking. Calls
     // before that scan has finished join it.
     void didWake();
+    // The agent starts again after its display server went away: the next scan is followed
+    // by a restore of what each monitor was given, as after a wake.
+    void restoreAfterNextScan();
 
     // Runs `then` once the first scan of `display` (nothing: of every display) has finished,
     // at once when none is running, and at the latest kFirstScanWait from now.

@@ -20,7 +20,15 @@ std::string describe(const DdcMemory::Controls& controls) {
 }
 
 const char* phrase(DdcControl::RestoreCause cause) {
-    return cause == DdcControl::RestoreCause::wake ? "after wake" : "after reconnection";
+    switch (cause) {
+        case DdcControl::RestoreCause::wake:
+            return "after wake";
+        case DdcControl::RestoreCause::reconnection:
+            return "after reconnection";
+        case DdcControl::RestoreCause::serverRestart:
+            return "after the display server restarted";
+    }
+    return "";
 }
 
 }  // namespace
@@ -42,6 +50,12 @@ void DdcControl::didWake() {
     if (wakeScanQueued_) return;
     wakeScanQueued_ = true;
     rescan();
+}
+
+void DdcControl::restoreAfterNextScan() {
+    if (!restoring_) return;
+    for (DisplayID id : candidates())
+        restoreAfterScan_.insert_or_assign(id, RestoreCause::serverRestart);
 }
 
 void DdcControl::startRestore(DisplayID display, RestoreCause cause) {

@@ -16,6 +16,10 @@ inline constexpr const char* kLidConfigKey = "lidConfig";
 inline constexpr const char* kPreventSleepKey = "preventSleepWithExternal";
 inline constexpr const char* kBrightnessKeysKey = "brightnessKeys";
 inline constexpr const char* kRestoreAfterWakeKey = "restoreAfterWake";
+// When (UTC seconds) the agent ended because its display server went away; the next start
+// within kResumeWindowSeconds puts back what the new server does not know.
+inline constexpr const char* kResumeAfterServerLossKey = "resumeAfterServerLoss";
+inline constexpr double kResumeWindowSeconds = 600;
 
 using ColorMap = std::map<DisplayID, ColorAdjust>;
 

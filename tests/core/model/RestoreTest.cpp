@@ -134,5 +134,31 @@ TEST(DdcMemory, StoredValuesThatDoNotFitAreDroppedWithoutLosingTheRest) {
     EXPECT_EQ(bytes.jsonData(kDdcValuesKey), nlohmann::json::parse(R"({"k": {"0x10": 40}})"));
 }
 
+// The agent ended because its display server went away, and starts again on the next one:
+// the displays the user had switched off go off again and the monitors get back their values.
+// A mark older than ten minutes belongs to another day and is only cleared.
+TEST_F(Restore, AStartSoonAfterTheServerWasLostPutsBackWhatTheNewServerForgot) {
+    for (const double age : {601.0, 30.0}) {  // the log keeps the first round's lines
+        SCOPED_TRACE(age);
+        const bool resumes = age < kResumeWindowSeconds;
+        defaults.setStringDictionary(Displays::kDisconnectedKey, {{"3", "Projector"}});
+        defaults.setJsonData(kDdcValuesKey,
+                             nlohmann::json::parse(R"({"4268-41234-12345": {"0x10": 70}})"));
+        const double now = 1'780'000'000;
+        defaults.setNumber(kResumeAfterServerLossKey, now - age);
+        sim::World world = fixtureWorld("laptopAndExternal.json");
+        world.clock = now;
+        start(std::move(world));
+        clock.advance(5);
+        EXPECT_EQ(stateOf(3)["enabled"], !resumes);
+        EXPECT_EQ(stateOf(2)["vcp"].value("0x10", -1), resumes ? 70 : 50);
+        EXPECT_EQ(wasLogged("resuming after the display server was lost"), resumes);
+        EXPECT_EQ(wasLogged("display 2: restored brightness 70 after the display server "
+                            "restarted"),
+                  resumes);
+        EXPECT_FALSE(defaults.contains(kResumeAfterServerLossKey));
+    }
+}
+
 }  // namespace
 }  // namespace lumora::test

@@ -118,7 +118,9 @@ TEST_F(X11Agent, WithoutATrayTheNextLaunchAndThePanelCommandShowTheWindow) {
 // The X server dies under the agent (a crash, the end of the session): the agent notices, says
 // so, writes its last status and ends with status 3 for its service manager to restart it,
 // whether Qt's own connection noticed first (the windowed agent) or the backend's (headless).
-TEST_F(X11Agent, LosingTheServerEndsTheAgentWithStatus3) {
+// Started again on the next server, it switches off again the monitor the user had off.
+TEST_F(X11Agent, LosingTheServerEndsTheAgentWithStatus3AndTheNextStartResumes) {
+    Home homes[2];  // a log and a status file of each round's own
     for (const bool headless : {false, true}) {
         SCOPED_TRACE(headless ? "headless" : "windowed");
         if (!server) {
@@ -126,12 +128,15 @@ TEST_F(X11Agent, LosingTheServerEndsTheAgentWithStatus3) {
             server = XorgServer::start(whyNot);
             ASSERT_TRUE(server) << whyNot;
         }
-        Home own;  // a log and a status file of this round's own
+        Home& own = homes[headless ? 1 : 0];
         lumora::test::Process agent(
             own, headless ? std::vector<std::string>{"--headless"} : std::vector<std::string>{},
             env());
         ASSERT_TRUE(eventually([&] { return own.agentAnswers(); })) << agent.output();
         EXPECT_EQ(lumora::test::runToEnd(own, {"dim", "DUMMY0", "0.5"}).status, 0);
+        if (!headless) {
+            EXPECT_EQ(lumora::test::runToEnd(own, {"disconnect", "side"}).status, 0);
+        }
 
         witness.reset();  // its connection would end this process with the server
         server->kill();
@@ -145,6 +150,20 @@ TEST_F(X11Agent, LosingTheServerEndsTheAgentWithStatus3) {
         EXPECT_EQ(status->value("running", true), false);
         server.reset();
     }
+
+    std::string whyNot;
+    server = XorgServer::start(whyNot);
+    ASSERT_TRUE(server) << whyNot;
+    witness = std::make_unique<Witness>(display());
+    light("DUMMY1", "1024x768", {"--right-of", "DUMMY0"});
+    witness->setEdid("DUMMY1", makeEdid({.serial = 7, .name = "Side Monitor"}));
+    lumora::test::Process agent(homes[0], {"--headless"}, env());
+    EXPECT_TRUE(eventually([&] { return side().geometry.empty(); })) << agent.output();
+    EXPECT_TRUE(
+        contains(readFile(homes[0].logFile()), "resuming after the display server was lost"));
+    agent.signal(SIGTERM);
+    EXPECT_EQ(agent.waitExit(), 0) << agent.output();
+    EXPECT_FALSE(side().geometry.empty()) << "switched on again at quit, as always";
 }
 
 // The machine sleeps and wakes (logind's PrepareForSleep(false)), and the gamma tables were
