@@ -27,7 +27,7 @@ class ColorControls : public QWidget {
         double maximum;
     };
     static constexpr std::array<Range, fieldCount> kRanges{{
-        {0.05, 1.0},
+        {BrightnessControl::kSliderSoftwareFloor, 1.0},
         {0.5, 1.5},
         {-1.0, 1.0},
         {0.0, 1.0},

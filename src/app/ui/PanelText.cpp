@@ -46,10 +46,6 @@ QString virtualSizeText(const VirtualScreenConfig& config) {
     return text;
 }
 
-QString virtualScreenName(std::int64_t width, std::int64_t height) {
-    return QStringLiteral("Lumora ") + QString::number(width) + kTimes + QString::number(height);
-}
-
 QString shortcutButtonText(ShortcutAction action, std::optional<ShortcutAction> recording,
                            const ShortcutMap& shortcuts, KeyNames names) {
     if (recording == action) return QStringLiteral("Нажмите сочетание…");

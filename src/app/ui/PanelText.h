@@ -23,7 +23,6 @@ namespace lumora::ui {
 // "1920×1080", with " HiDPI" for a HiDPI screen.
 [[nodiscard]] QString virtualSizeText(const VirtualScreenConfig& config);
 // The name a screen added from the menu gets: "Lumora 1920×1080".
-[[nodiscard]] QString virtualScreenName(std::int64_t width, std::int64_t height);
 // The shortcut button's text: the prompt while recording this action, else the binding's
 // label as `names` writes it, else "—".
 [[nodiscard]] QString shortcutButtonText(ShortcutAction action,

@@ -3,8 +3,8 @@
 #include <QColor>
 #include <QFont>
 #include <QFrame>
-#include <QVBoxLayout>
 #include <QString>
+#include <QVBoxLayout>
 
 class QLabel;
 class QWidget;

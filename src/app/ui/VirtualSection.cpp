@@ -58,8 +58,9 @@ VirtualSection::VirtualSection(UiContext& context, QWidget* parent)
         connect(action, &QAction::triggered, this,
                 [this, width = preset.width, height = preset.height] {
                     AppModel& m = context_.model;
-                    m.addVirtualScreen(virtualScreenName(width, height).toStdString(), width,
-                                       height, kRefresh, m.virtualHiDPI().get());
+                    m.addVirtualScreen(VirtualScreenConfig::defaultName(width, height), width,
+                                       height, VirtualScreenConfig::kDefaultRefresh,
+                                       m.virtualHiDPI().get());
                     changed();
                 });
     }

@@ -20,9 +20,6 @@ class Switch;
 // row per screen definition with its switch, name, size and a delete button.
 class VirtualSection : public QFrame {
   public:
-    // Screens added from the menu run at this rate.
-    static constexpr double kRefresh = 60;
-
     explicit VirtualSection(UiContext& context, QWidget* parent = nullptr);
 
     void updateValues();

@@ -15,8 +15,6 @@ namespace {
 // A requested refresh rate matches a mode's within this many hertz (so 60 finds 59.94).
 constexpr double kRefreshTolerance = 1.0;
 // User-created virtual screens always run at this rate.
-constexpr double kVirtualRefresh = 60.0;
-constexpr const char* kMultiplicationSign = "\u00D7";
 
 std::optional<std::string_view> item(const Query& query, std::string_view name) {
     const std::string* text = queryItem(query, name);
@@ -278,11 +276,10 @@ CommandResult CommandDispatcher::virtualScreen(Call& call) {
         return CommandResult::nothing("virtual needs a whole width and height");
     }
     const std::string* name = queryItem(call.query, "name");
-    const std::string title =
-        name ? *name
-             : "Lumora " + std::to_string(*width) + kMultiplicationSign + std::to_string(*height);
+    const std::string title = name ? *name : VirtualScreenConfig::defaultName(*width, *height);
     const std::string* hidpi = queryItem(call.query, "hidpi");
-    model_.addVirtualScreen(title, *width, *height, kVirtualRefresh, !hidpi || *hidpi != "0");
+    model_.addVirtualScreen(title, *width, *height, VirtualScreenConfig::kDefaultRefresh,
+                            !hidpi || *hidpi != "0");
     return CommandResult::done();
 }
 

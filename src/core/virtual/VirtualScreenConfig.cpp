@@ -4,6 +4,10 @@
 
 namespace lumora {
 
+std::string VirtualScreenConfig::defaultName(std::int64_t width, std::int64_t height) {
+    return "Lumora " + std::to_string(width) + "\u00D7" + std::to_string(height);
+}
+
 namespace {
 
 using nlohmann::json;

@@ -13,15 +13,20 @@ namespace lumora {
 // One of the user's virtual screen definitions. Stored as a JSON object with the field names
 // as keys; the list of them lives under the defaults key "virtualScreens".
 struct VirtualScreenConfig {
+    // What a screen made from the panel's presets or by the `virtual` command runs at.
+    static constexpr double kDefaultRefresh = 60;
+    // "Lumora 1920×1080": the name of a screen the user did not name.
+    static std::string defaultName(std::int64_t width, std::int64_t height);
+
     // Also the virtual display's serial number, so the system keeps its arrangement and mode
     // across runs.
     std::uint32_t id = 0;
     std::string name;
     std::int64_t width = 0;  // points
     std::int64_t height = 0;
-    double refresh = 60;  // Hz
-    bool hiDPI = false;   // doubled pixel density
-    bool enabled = true;  // the screen should exist
+    double refresh = kDefaultRefresh;  // Hz
+    bool hiDPI = false;                // doubled pixel density
+    bool enabled = true;               // the screen should exist
 
     friend bool operator==(const VirtualScreenConfig&, const VirtualScreenConfig&) = default;
 
