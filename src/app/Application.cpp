@@ -129,15 +129,17 @@ int Application::run() {
 // connection broke"), from inside the event loop and before any of ours notices. An exit
 // with a failure status while the loop runs is therefore the display server going away, and
 // is turned into the agent's own ending. The hook outlives this object (exit handlers cannot
-// be removed), so it holds no more than a pointer that is cleared when the loop has ended.
+// be removed), so what it reads is one pointer in static storage, cleared when the loop ends:
+// the C runtime's hook is the one thing here that outlives the application.
 void Application::watchForForcedExit() {
 #if defined(__GLIBC__)
     if (cli_.preview) return;
-    forcedExit_ = new ForcedExit;  // NOLINT(cppcoreguidelines-owning-memory): kept for exit
+    static ForcedExit cell;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+    forcedExit_ = &cell;
     forcedExit_->delegate.store(delegate_.get());
     on_exit(
-        [](int status, void* hook) {
-            auto* watch = static_cast<ForcedExit*>(hook);
+        [](int status, void* argument) {
+            auto* watch = static_cast<ForcedExit*>(argument);
             AppDelegate* delegate = watch->delegate.exchange(nullptr);
             if (status != 0 && delegate != nullptr) delegate->displayServerLost();
         },

@@ -91,7 +91,7 @@ class Application {
     std::unique_ptr<Osd> osd_;  // the on-screen display when windows can be shown
     std::shared_ptr<AppModel> model_;
     std::unique_ptr<AppDelegate> delegate_;
-    ForcedExit* forcedExit_ = nullptr;  // lives until the process ends
+    ForcedExit* forcedExit_ = nullptr;  // the exit hook's cell, in static storage
 };
 
 }  // namespace lumora::app

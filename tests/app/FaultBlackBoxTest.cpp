@@ -183,7 +183,9 @@ TEST(Faults, AThousandHandOversFromFiftyClientsAreAllAnsweredRightly) {
     const long after = residentKilobytes(agent.process().pid());
     RecordProperty("rssBeforeKB", std::to_string(before));
     RecordProperty("rssAfterKB", std::to_string(after));
+#if !defined(__SANITIZE_ADDRESS__)  // its quarantine keeps freed memory resident
     EXPECT_LT(after - before, 5 * 1024) << before << " kB before, " << after << " kB after";
+#endif
 }
 
 }  // namespace
