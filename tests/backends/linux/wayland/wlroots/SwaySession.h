@@ -46,6 +46,8 @@ class SwaySession {
     // Empty when sway runs.
     [[nodiscard]] const std::string& problem() const { return problem_; }
     [[nodiscard]] const std::string& waylandSocket() const { return wayland_; }
+    // Ends the compositor now.
+    void kill() { sway_.reset(); }
 
     std::string swaymsg(const std::string& args) const {
         return commandOutput("swaymsg -s '" + ipc_ + "' " + args + " 2>&1");
