@@ -96,6 +96,30 @@ TEST_F(RefreshCycle, ADocksBurstMakesTwoRefreshesAndOneRescan) {
     EXPECT_NEAR(machine->wire().front().time - t1, ReconfigurationBurst::kSettle, 0.01);
 }
 
+// A monitor pulled out while a write to it is on its way: the exchange fails at its first
+// transfer, nothing is retried past the monitor's normal timeouts, and a command for it
+// afterwards is answered at once.
+TEST_F(RefreshCycle, AMonitorPulledDuringAnExchangeFailsItAndNothingWaitsForIt) {
+    start("laptopAndExternal.json");
+    machine->clearWire();
+    model->handleURL("lumora://brightness?display=2&value=80");
+    const double pulled = clock.uptime();
+    machine->setOnline(2, false);
+    clock.advance(10);
+    const auto wire = machine->wire();
+    ASSERT_FALSE(wire.empty()) << "the queued write still tried";
+    for (const auto& event : wire) {
+        EXPECT_NE(event.status, 0) << "no device answers";
+        EXPECT_LT(event.time - pulled, 1.0);
+    }
+    EXPECT_FALSE(model->ddcAvailable()->contains(2));
+    std::optional<CommandResult> result;
+    model->handleURL("lumora://ddc?display=2&vcp=0x10&value=50",
+                     [&](const CommandResult& r) { result = r; });
+    ASSERT_TRUE(result.has_value()) << "answered at once";
+    EXPECT_EQ(result->problem, "display 2 has no DDC/CI channel");
+}
+
 TEST_F(RefreshCycle, SleepAssertionFollowsTheExternalDisplays) {
     start("laptopAndExternal.json");
     EXPECT_TRUE(assertions().empty());
