@@ -7,11 +7,15 @@ namespace lumora::lx {
 LidSwitchInhibitor::LidSwitchInhibitor(std::shared_ptr<LogindClient> logind)
     : logind_(std::move(logind)) {
     // A restarted logind knows nothing of the lock the old one gave: it is taken anew.
-    logind_->onReturn([this, alive = std::weak_ptr<bool>(alive_)] {
-        if (alive.expired() || !wanted_) return;
+    onReturn_ = logind_->onReturn([this] {
+        if (!wanted_) return;
         lock_.release();
         (void)take();
     });
+}
+
+LidSwitchInhibitor::~LidSwitchInhibitor() {
+    logind_->forgetReturn(onReturn_);
 }
 
 bool LidSwitchInhibitor::take() {

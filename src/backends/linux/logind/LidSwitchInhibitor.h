@@ -12,6 +12,9 @@ namespace lumora::lx {
 class LidSwitchInhibitor {
   public:
     explicit LidSwitchInhibitor(std::shared_ptr<LogindClient> logind);
+    ~LidSwitchInhibitor();
+    LidSwitchInhibitor(const LidSwitchInhibitor&) = delete;
+    LidSwitchInhibitor& operator=(const LidSwitchInhibitor&) = delete;
 
     [[nodiscard]] bool available() const { return logind_->available(); }
     [[nodiscard]] bool held() const { return lock_.held(); }
@@ -27,7 +30,7 @@ class LidSwitchInhibitor {
     std::shared_ptr<LogindClient> logind_;
     InhibitorLock lock_;
     bool wanted_ = false;  // taken and not given back: taken again when logind returns
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+    LogindClient::ReturnToken onReturn_ = 0;
 };
 
 }  // namespace lumora::lx

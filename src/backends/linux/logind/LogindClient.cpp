@@ -66,8 +66,22 @@ void LogindClient::ownerChanged(bool present) {
         return;
     }
     log("logind: back on the bus");
-    for (const auto& handler : returnHandlers_)
+    // A handler may forget itself or others: only those still there are called.
+    std::vector<ReturnToken> tokens;
+    for (const auto& entry : returnHandlers_)
+        tokens.push_back(entry.first);
+    for (const ReturnToken token : tokens) {
+        const auto found = returnHandlers_.find(token);
+        if (found == returnHandlers_.end()) continue;
+        const auto handler = found->second;
         handler();
+    }
+}
+
+LogindClient::ReturnToken LogindClient::onReturn(std::function<void()> handler) {
+    const ReturnToken token = nextReturnToken_++;
+    returnHandlers_.emplace(token, std::move(handler));
+    return token;
 }
 
 std::string LogindClient::environmentSessionId() {

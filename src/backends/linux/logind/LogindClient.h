@@ -5,7 +5,9 @@
 #include <QString>
 #include <QVariant>
 #include <QVariantList>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,8 +65,11 @@ class LogindClient {
 
     void log(const std::string& line) const;
 
-    // Calls `handler` each time logind comes back on the bus after it had gone.
-    void onReturn(std::function<void()> handler) { returnHandlers_.push_back(std::move(handler)); }
+    // Calls `handler` each time logind comes back on the bus after it had gone, until the
+    // returned token is forgotten.
+    using ReturnToken = std::uint64_t;
+    ReturnToken onReturn(std::function<void()> handler);
+    void forgetReturn(ReturnToken token) { returnHandlers_.erase(token); }
 
     // XDG_SESSION_ID, or empty.
     static std::string environmentSessionId();
@@ -79,7 +84,8 @@ class LogindClient {
     QDBusConnection bus_;
     LogFunction log_;
     std::unique_ptr<QDBusServiceWatcher> watcher_;
-    std::vector<std::function<void()>> returnHandlers_;
+    std::map<ReturnToken, std::function<void()>> returnHandlers_;
+    ReturnToken nextReturnToken_ = 1;
     std::string sessionId_;
     bool available_ = false;
     std::optional<QString> session_;

@@ -13,12 +13,26 @@ namespace {
 // request again, not a new one.
 constexpr double kDisplaySleepSeconds = 3.0;
 
+// Held until destroyed; a restarted logind, which knows nothing of the old lock, is asked
+// for it again.
 class LogindInhibition final : public SleepInhibition {
   public:
-    explicit LogindInhibition(InhibitorLock lock) : lock_(std::move(lock)) {}
+    LogindInhibition(std::shared_ptr<LogindClient> logind, InhibitorLock lock, QString reason)
+        : logind_(std::move(logind)), lock_(std::move(lock)), reason_(std::move(reason)) {
+        onReturn_ = logind_->onReturn([this] {
+            lock_.release();
+            lock_ = logind_->inhibit(QStringLiteral("idle"), reason_);
+        });
+    }
+    ~LogindInhibition() override { logind_->forgetReturn(onReturn_); }
+    LogindInhibition(const LogindInhibition&) = delete;
+    LogindInhibition& operator=(const LogindInhibition&) = delete;
 
   private:
+    std::shared_ptr<LogindClient> logind_;
     InhibitorLock lock_;
+    QString reason_;
+    LogindClient::ReturnToken onReturn_ = 0;
 };
 
 }  // namespace
@@ -34,9 +48,10 @@ double LogindPower::monotonicSeconds() {
 }
 
 std::unique_ptr<SleepInhibition> LogindPower::inhibitIdleSleep(const std::string& reason) {
-    InhibitorLock lock = logind_->inhibit(QStringLiteral("idle"), QString::fromStdString(reason));
+    const QString why = QString::fromStdString(reason);
+    InhibitorLock lock = logind_->inhibit(QStringLiteral("idle"), why);
     if (!lock.held()) return nullptr;
-    return std::make_unique<LogindInhibition>(std::move(lock));
+    return std::make_unique<LogindInhibition>(logind_, std::move(lock), why);
 }
 
 PowerRequest LogindPower::sleepDisplays() {

@@ -7,6 +7,7 @@
 #include "logind/HingeSensor.h"
 #include "logind/LidSwitchInhibitor.h"
 #include "logind/LinuxLidSensor.h"
+#include "logind/LogindPower.h"
 #include "logind/LogindSystemEvents.h"
 
 namespace lumora::test {
@@ -141,19 +142,23 @@ TEST_F(LogindTest, LidSwitchReadsAndReportsLidClosed) {
 
 }  // namespace
 // logind restarts (an update): meanwhile it is reported absent, and when it is back the lid
-// switch is inhibited again and its signals are heard again.
-TEST_F(LogindTest, ARestartedLogindGetsTheInhibitorAgainAndIsHeardAgain) {
+// switch and idle sleep are inhibited again and its signals are heard again.
+TEST_F(LogindTest, ARestartedLogindGetsTheInhibitorsAgainAndIsHeardAgain) {
     auto logind = bus_->client(log_);
     lx::LidSwitchInhibitor lidSwitch(logind);
+    lx::LogindPower power(logind);
+    auto idle = power.inhibitIdleSleep("external display");
+    ASSERT_NE(idle, nullptr);
     lx::LogindSystemEvents events(logind);
     int wakes = 0;
     events.addObserver(SystemEvent::didWake, [&] { ++wakes; });
     ASSERT_TRUE(lidSwitch.take());
-    ASSERT_TRUE(bus_->inhibited());
+    ASSERT_EQ(bus_->inhibitors(), 2);
 
     bus_->restartLogind();
     ASSERT_EQ(bus_->failure, "");
-    EXPECT_TRUE(spinUntil([&] { return bus_->inhibited(); })) << "taken from the new logind";
+    EXPECT_TRUE(spinUntil([&] { return bus_->inhibitors() == 2; }))
+        << "both taken from the new logind";
     EXPECT_TRUE(logind->available());
     EXPECT_EQ(log_, (Lines{"logind: gone from the bus; waiting for it to come back",
                            "logind: back on the bus"}));
@@ -161,6 +166,7 @@ TEST_F(LogindTest, ARestartedLogindGetsTheInhibitorAgainAndIsHeardAgain) {
     EXPECT_TRUE(spinUntil([&] { return wakes == 1; }));
 
     lidSwitch.release();
+    idle.reset();
     bus_->restartLogind();
     EXPECT_TRUE(spinUntil([&] { return logind->available(); }));
     EXPECT_FALSE(bus_->inhibited()) << "given back, so not taken again";

@@ -113,13 +113,27 @@ Calls LogindBus::calls(const QString& path, const QString& method) const {
     return result;
 }
 
-bool LogindBus::inhibited() const {
+int LogindBus::inhibitors() const {
     const auto list = call(kLogindPath, "ListInhibitors", {}, kManager)
                           .arguments()
                           .value(0)
                           .value<QDBusArgument>();
+    int count = 0;
     list.beginArray();
-    return !list.atEnd();
+    while (!list.atEnd()) {
+        QString what;
+        QString who;
+        QString why;
+        QString mode;
+        uint uid = 0;
+        uint pid = 0;
+        list.beginStructure();
+        list >> what >> who >> why >> mode >> uid >> pid;
+        list.endStructure();
+        ++count;
+    }
+    list.endArray();
+    return count;
 }
 
 std::shared_ptr<lx::LogindClient> offlineClient(Lines& lines) {

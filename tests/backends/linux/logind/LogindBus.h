@@ -46,7 +46,8 @@ class LogindBus {
     QString addSession(const QString& id) const;
     // The arguments, as text, of each call of `method` the object `path` received.
     Calls calls(const QString& path, const QString& method) const;
-    [[nodiscard]] bool inhibited() const;
+    [[nodiscard]] bool inhibited() const { return inhibitors() > 0; }
+    [[nodiscard]] int inhibitors() const;
     // Stops logind and starts a new one (an update restarting it): it remembers nothing.
     void restartLogind();
 
