@@ -90,11 +90,26 @@ DdcCounters DDCService::counters() {
     return counters_;
 }
 
-bool DDCService::write(std::uint8_t code, std::uint16_t value) {
-    if (!canWrite_) return false;
+const char* describe(DdcWriteStatus status) {
+    switch (status) {
+        case DdcWriteStatus::ok:
+            return "taken";
+        case DdcWriteStatus::noReply:
+            return "no reply on the bus";
+        case DdcWriteStatus::busBusy:
+            return "the bus was busy";
+        case DdcWriteStatus::noAccess:
+            return "the channel cannot be written";
+    }
+    return "";
+}
+
+DdcWriteStatus DDCService::write(std::uint8_t code, std::uint16_t value) {
+    if (!canWrite_) return DdcWriteStatus::noAccess;
     const auto packet = setVcpPacket(code, value);
     std::lock_guard guard(lock_);
     bool accepted = false;
+    bool sent = false;
     for (int i = 0; i < kWriteTransmissions; ++i) {
         sleeper_.sleep(learner_.timing().quiet);
         Exchange exchange(*channel_);
@@ -102,9 +117,11 @@ bool DDCService::write(std::uint8_t code, std::uint16_t value) {
             ++counters_.busyBus;
             continue;
         }
+        sent = true;
         if (channel_->writeI2C(kDdcChip, kDdcDataAddress, packet) == kStatusOK) accepted = true;
     }
-    return accepted;
+    if (accepted) return DdcWriteStatus::ok;
+    return sent ? DdcWriteStatus::noReply : DdcWriteStatus::busBusy;
 }
 
 std::optional<std::pair<std::uint16_t, std::uint16_t>> DDCService::read(std::uint8_t code) {

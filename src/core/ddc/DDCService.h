@@ -33,6 +33,17 @@ struct DdcReading {
     std::string fault;
 };
 
+// How a write went. DDC/CI has no answer to a write: the monitor taking the bytes on the bus
+// is all there is to know.
+enum class DdcWriteStatus {
+    ok,        // the monitor took at least one transmission
+    noReply,   // nobody acknowledged on the bus (the monitor is off, gone or ignores DDC/CI)
+    busBusy,   // another program held the bus every time
+    noAccess,  // the platform cannot write this channel
+};
+// "no reply on the bus" and the like, for a command's one line.
+[[nodiscard]] const char* describe(DdcWriteStatus status);
+
 // What the wire has been through, for figures and tests.
 struct DdcCounters {
     unsigned attempts = 0;
@@ -61,8 +72,8 @@ class DDCService {
     DDCService(const DDCService&) = delete;
     DDCService& operator=(const DDCService&) = delete;
 
-    // Sets a feature; true when the monitor took at least one of the two transmissions.
-    bool write(std::uint8_t code, std::uint16_t value);
+    // Sets a feature, sending it twice.
+    DdcWriteStatus write(std::uint8_t code, std::uint16_t value);
     // Up to three attempts; a valid answer ends them (an invalid one is retried, never used).
     DdcReading readFeature(std::uint8_t code);
     // (current, maximum) of a feature when readFeature() gives them.

@@ -35,6 +35,9 @@ struct CommandDispatcher::Call {
     std::optional<double> value;
     std::optional<DisplayID> display;  // resolved once, before any wait
     bool writesStatus = true;          // "mode" may leave the file as it is
+    // Set by a command whose outcome comes later (a DDC write on the monitor's bus): it calls
+    // its argument once with the outcome, on the main queue.
+    std::function<void(Done)> finishLater;
 };
 
 const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
@@ -85,7 +88,7 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
         if (done) done(CommandResult::nothing("unknown command: " + command));
         return;
     }
-    Call call{command, query, onArgument(query), levelArgument(query), std::nullopt};
+    Call call{command, query, onArgument(query), levelArgument(query), std::nullopt, true, {}};
     const auto named = item(query, "display");
     call.display = model_.resolve(named);
     // A display named by a command is the one later actions fall back to where the pointer
@@ -108,8 +111,13 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
                                       display = call.display, done] {
         auto self = weak.lock();
         if (!self) return;
-        Call later{saved->first, saved->second, onArgument(saved->second),
-                   levelArgument(saved->second), display};
+        Call later{saved->first,
+                   saved->second,
+                   onArgument(saved->second),
+                   levelArgument(saved->second),
+                   display,
+                   true,
+                   {}};
         self->refresh();
         self->dispatcher().run(entry, later, done);
     });
@@ -117,6 +125,16 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
 
 void CommandDispatcher::run(const Entry* entry, Call call, const Done& done) {
     const CommandResult result = (this->*entry->handler)(call);
+    if (call.finishLater) {
+        call.finishLater([weak = model_.weak_from_this(), writes = call.writesStatus,
+                          done](const CommandResult& later) {
+            auto self = weak.lock();
+            if (!self) return;
+            if (writes) self->writeStatus();
+            if (done) done(later);
+        });
+        return;
+    }
     if (call.writesStatus) model_.writeStatus();
     if (done) done(result);
 }
@@ -252,7 +270,16 @@ CommandResult CommandDispatcher::ddc(Call& call) {
     if (!model_.ddc().hasChannel(*id)) {
         return CommandResult::nothing("display " + std::to_string(*id) + " has no DDC/CI channel");
     }
-    model_.ddc().send(*id, *vcp, static_cast<std::uint16_t>(*raw));
+    // The command ends when the monitor has taken the value or refused it.
+    const std::string what = "display " + std::to_string(*id) + " did not take VCP " + *vcpText +
+                             " = " + std::to_string(*raw) + ": ";
+    call.finishLater = [this, id = *id, vcp = *vcp, raw = static_cast<std::uint16_t>(*raw),
+                        what](Done finish) {
+        model_.ddc().send(id, vcp, raw, [finish, what](DdcWriteStatus status) {
+            finish(status == DdcWriteStatus::ok ? CommandResult::done()
+                                                : CommandResult::nothing(what + describe(status)));
+        });
+    };
     return CommandResult::done();
 }
 

@@ -274,11 +274,9 @@ void DdcControl::queueWrite(const std::shared_ptr<DDCService>& channel, DisplayI
     const std::uint64_t generation = writeGenerations_[key];
     auto write = [weak = weak_from_this(), &main = deps_.scheduler.mainQueue(), channel, display,
                   byte, raw, retries, generation] {
-        const unsigned busyBefore = channel->counters().busyBus;
-        const bool taken = channel->write(byte, raw);
         // Another program held the bus: the value goes out later, unless a newer one has
         // been queued meanwhile (its write replaced this one's entry).
-        const bool busy = !taken && channel->counters().busyBus > busyBefore;
+        const bool busy = channel->write(byte, raw) == DdcWriteStatus::busBusy;
         main.post([weak, channel, display, byte, raw, busy, retries, generation] {
             auto self = weak.lock();
             if (!self) return;
@@ -290,13 +288,27 @@ void DdcControl::queueWrite(const std::shared_ptr<DDCService>& channel, DisplayI
     pending_.insert_or_assign(key, busQueue(channel->bus()).postAfter(delay, std::move(write)));
 }
 
-void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw) {
+void DdcControl::send(DisplayID display, VCP vcp, std::uint16_t raw, Sent sent) {
     auto service = services_.find(display);
-    if (service == services_.end()) return;
+    if (service == services_.end()) {
+        if (sent) sent(DdcWriteStatus::noAccess);
+        return;
+    }
     const std::uint8_t byte = code(vcp);
-    busQueue(service->second->bus()).post([channel = service->second, byte, raw] {
-        channel->write(byte, raw);
-    });
+    busQueue(service->second->bus())
+        .post([weak = weak_from_this(), channel = service->second, display, byte, raw,
+               &main = deps_.scheduler.mainQueue(), sent = std::move(sent)] {
+            const DdcWriteStatus status = channel->write(byte, raw);
+            main.post([weak, display, byte, raw, sent, status] {
+                auto self = weak.lock();
+                if (self && status != DdcWriteStatus::ok) {
+                    self->deps_.log.write("DDC display " + std::to_string(display) + ": VCP " +
+                                          hexCode(byte) + " = " + std::to_string(raw) +
+                                          " not taken (" + describe(status) + ")");
+                }
+                if (sent) sent(status);
+            });
+        });
     if (DdcMemory::kept(byte)) memory_.remember(keys_.at(display), byte, raw);
     memory_.save();
     deps_.log.write("DDC display " + std::to_string(display) + ": VCP " + hexCode(byte) + " = " +

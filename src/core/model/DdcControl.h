@@ -89,8 +89,10 @@ class DdcControl : public std::enable_shared_from_this<DdcControl> {
     // Caches and remembers value (0…1) at once; the monitor gets round(value × max)
     // kDebounce later, and the remembered values are stored when it goes out.
     void set(DisplayID display, VCP vcp, double value, std::uint16_t max);
-    // One raw write at once, logged, remembered and stored.
-    void send(DisplayID display, VCP vcp, std::uint16_t raw);
+    // One raw write at once, logged, remembered and stored; `sent` (optional) hears on the
+    // main queue how the write went.
+    using Sent = std::function<void(DdcWriteStatus)>;
+    void send(DisplayID display, VCP vcp, std::uint16_t raw, Sent sent = nullptr);
 
     // Whether monitors get back what they forgot (on unless the user switched it off).
     void setRestoring(bool on);

@@ -74,16 +74,17 @@ class DDCServiceTest : public ::testing::Test {
 
 TEST_F(DDCServiceTest, WriteSendsThePacketTwiceEachAfterTheQuietTime) {
     auto service = openQuietly();
-    EXPECT_TRUE(service->write(0x10, 0x0132));
+    EXPECT_EQ(service->write(0x10, 0x0132), DdcWriteStatus::ok);
     EXPECT_EQ(wire(*channel), (Wire{{'w', 50, 0x37, 0x51, kSetBrightness},
                                     {'w', 100, 0x37, 0x51, kSetBrightness}}));
     // Either transmission taken is success; both are always sent.
-    for (auto [first, second, ok] : {std::tuple{kFailed, 0, true}, std::tuple{0, kFailed, true},
-                                     std::tuple{kFailed, kFailed, false}}) {
+    for (auto [first, second, status] :
+         {std::tuple{kFailed, 0, DdcWriteStatus::ok}, std::tuple{0, kFailed, DdcWriteStatus::ok},
+          std::tuple{kFailed, kFailed, DdcWriteStatus::noReply}}) {
         channel->clear();
         channel->queueWriteStatus(first);
         channel->queueWriteStatus(second);
-        EXPECT_EQ(service->write(0x10, 0x0132), ok);
+        EXPECT_EQ(service->write(0x10, 0x0132), status);
         EXPECT_EQ(channel->transfers().size(), 2u);
     }
 }
@@ -172,7 +173,7 @@ TEST_F(DDCServiceTest, EdidIsTriedThreeTimesTenMillisecondsApart) {
     EXPECT_EQ(blind->edidVendor(), 0u);
     EXPECT_EQ(wire(*channel, kStart + 0.020), threeReads);
     EXPECT_NEAR(clock.uptime(), kStart + 0.050, 1e-9);
-    EXPECT_TRUE(blind->write(0x10, 0x0132));
+    EXPECT_EQ(blind->write(0x10, 0x0132), DdcWriteStatus::ok);
 }
 
 TEST_F(DDCServiceTest, MissingEntryPoints) {
@@ -184,12 +185,13 @@ TEST_F(DDCServiceTest, MissingEntryPoints) {
     EXPECT_EQ(noRead->edidVendor(), 0u) << "EDID skipped";
     EXPECT_EQ(noRead->read(0x10), std::nullopt);
     EXPECT_TRUE(channel->transfers().empty());
-    EXPECT_TRUE(noRead->write(0x10, 0x0132)) << "writing needs no read entry point";
+    EXPECT_EQ(noRead->write(0x10, 0x0132), DdcWriteStatus::ok)
+        << "writing needs no read entry point";
 
     av.readEntry = true;
     av.writeEntry = false;
     auto noWrite = openQuietly();
-    EXPECT_FALSE(noWrite->write(0x10, 0x0132));
+    EXPECT_EQ(noWrite->write(0x10, 0x0132), DdcWriteStatus::noAccess);
     EXPECT_EQ(noWrite->read(0x10), std::nullopt);
     EXPECT_TRUE(channel->transfers().empty());
 }

@@ -234,6 +234,26 @@ TEST_F(Commands, LogLineStaysOneLineAndUrlsWithoutHostAreDropped) {
     EXPECT_FALSE(std::filesystem::exists(session.statusFile()));
 }
 
+// A raw DDC write ends when the monitor has taken it; a monitor that does not answer on the
+// bus makes the command fail with the reason.
+TEST_F(Commands, ADdcWriteTheMonitorDoesNotTakeEndsTheCommandWithTheReason) {
+    for (const char* fixtureName : {"laptopAndExternal.json", "brokenDdc.json"}) {
+        SCOPED_TRACE(fixtureName);
+        const bool answers = std::string(fixtureName) == "laptopAndExternal.json";
+        start(fixtureName);
+        std::optional<CommandResult> result;
+        model->handleURL("lumora://ddc?display=2&vcp=0x10&value=50",
+                         [&](const CommandResult& r) { result = r; });
+        EXPECT_EQ(result, std::nullopt) << "waits for the monitor's bus";
+        clock.advance(1);
+        EXPECT_EQ(result, answers ? CommandResult::done()
+                                  : CommandResult::nothing("display 2 did not take VCP 0x10 = 50: "
+                                                           "no reply on the bus"));
+        EXPECT_EQ(wasLogged("DDC display 2: VCP 0x10 = 50 not taken (no reply on the bus)"),
+                  !answers);
+    }
+}
+
 TEST_F(Commands, EachCommandTellsItsSenderWhatBecameOfIt) {
     struct Case {
         const char* url;
