@@ -331,12 +331,16 @@ CommandResult CommandDispatcher::adaptive(Call& call) {
     const auto latitude = item(call.query, "latitude");
     const auto longitude = item(call.query, "longitude");
     if (latitude || longitude) {
-        const auto lat = latitude ? parseNumber(*latitude) : std::nullopt;
-        const auto lon = longitude ? parseNumber(*longitude) : std::nullopt;
-        if (!lat || !lon || !validLocation({*lat, *lon})) {
+        std::optional<GeoLocation> place;
+        if (latitude && longitude) {
+            const auto lat = parseNumber(*latitude);
+            const auto lon = parseNumber(*longitude);
+            if (lat && lon) place = GeoLocation{*lat, *lon};
+        }
+        if (!place || !validLocation(*place)) {
             return CommandResult::nothing("latitude -90…90 and longitude -180…180 go together");
         }
-        model_.adaptive().setLocation({*lat, *lon});
+        model_.adaptive().setLocation(*place);
     }
     if (auto why = model_.adaptive().setMode(*mode)) return CommandResult::nothing(*why);
     return CommandResult::done();
