@@ -60,14 +60,22 @@ json modeJson(const DisplayMode& m) {
             {"label", m.label()}};
 }
 
-json ddcJson(DDCService& service) {
+// "ddc": each listed control's value, null when the monitor gave none; "ddcMissing": why, for
+// each of those.
+std::pair<json, json> ddcJson(DDCService& service) {
     json controls = json::object();
+    json missing = json::object();
     for (VCP control : kListedControls) {
-        auto value = service.read(code(control));
-        controls[std::string(name(control))] =
-            value ? json{{"value", value->first}, {"max", value->second}} : json(nullptr);
+        const DdcReading reading = service.readFeature(code(control));
+        const std::string key(name(control));
+        if (reading.status == DdcReading::Status::ok) {
+            controls[key] = json{{"value", reading.current}, {"max", reading.maximum}};
+        } else {
+            controls[key] = nullptr;
+            missing[key] = describe(reading);
+        }
     }
-    return controls;
+    return {std::move(controls), std::move(missing)};
 }
 
 // "0x0f": always two digits, as MCCS writes codes and values.
@@ -150,7 +158,7 @@ void printDisplay(std::ostream& out, const json& d) {
         const json& value = d["ddc"][std::string(name(control))];
         out << " " << name(control) << " ";
         if (value.is_null()) {
-            out << "no answer";
+            out << "(" << d["ddcMissing"].value(std::string(name(control)), "no answer") << ")";
         } else {
             out << value["value"] << "/" << value["max"];
         }
@@ -205,9 +213,10 @@ json listing(Platform& platform, Displays& displays, Brightness& brightness, Sle
             }
         }
         json ddc = nullptr;
+        json ddcMissing = nullptr;
         json ddcCapabilities = nullptr;
         if (auto it = services.find(d.id); it != services.end()) {
-            ddc = ddcJson(*it->second);
+            std::tie(ddc, ddcMissing) = ddcJson(*it->second);
             ddcCapabilities = capabilitiesJson(*it->second);
         }
         all.push_back({{"id", d.id},
@@ -225,6 +234,7 @@ json listing(Platform& platform, Displays& displays, Brightness& brightness, Sle
                        {"modes", std::move(modes)},
                        {"backlight", backlight},
                        {"ddc", std::move(ddc)},
+                       {"ddcMissing", std::move(ddcMissing)},
                        {"ddcCapabilities", std::move(ddcCapabilities)}});
     }
     return {{"platform", platform.name()},

@@ -36,8 +36,9 @@ TEST(ListBlackBox, JsonListingHasStableKeysAndTheValuesReadOverDdc) {
     ASSERT_EQ(listing["displays"].size(), 3u);
 
     const std::set<std::string> displayKeys = {
-        "id",    "name",   "builtin",  "main", "virtual", "online",    "asleep", "vendor",
-        "model", "serial", "rotation", "mode", "modes",   "backlight", "ddc",    "ddcCapabilities"};
+        "id",     "name",      "builtin", "main",       "virtual",        "online",
+        "asleep", "vendor",    "model",   "serial",     "rotation",       "mode",
+        "modes",  "backlight", "ddc",     "ddcMissing", "ddcCapabilities"};
     for (const json& d : listing["displays"]) {
         std::set<std::string> keys;
         for (const auto& [key, value] : d.items())
@@ -63,6 +64,7 @@ TEST(ListBlackBox, JsonListingHasStableKeysAndTheValuesReadOverDdc) {
     EXPECT_EQ(office["ddc"], (json{{"brightness", {{"value", 50}, {"max", 100}}},
                                    {"contrast", {{"value", 75}, {"max", 100}}},
                                    {"volume", {{"value", 30}, {"max", 100}}}}));
+    EXPECT_EQ(office["ddcMissing"], json::object());
     // What its capabilities string lists: codes with the values it names, two hex digits each.
     const json& caps = office["ddcCapabilities"];
     EXPECT_EQ(caps["model"], "Office Monitor");
@@ -71,7 +73,34 @@ TEST(ListBlackBox, JsonListingHasStableKeysAndTheValuesReadOverDdc) {
     EXPECT_EQ(caps["vcp"]["0x60"], (json{"0x0f", "0x11", "0x12"}));
     EXPECT_EQ(caps["vcp"].size(), 21u);
     EXPECT_EQ(listing["displays"][2]["ddc"], nullptr);  // a monitor without DDC/CI
+    EXPECT_EQ(listing["displays"][2]["ddcMissing"], nullptr);
     EXPECT_EQ(listing["displays"][2]["ddcCapabilities"], nullptr);
+}
+
+// A value the monitor does not give says why: it lacks the code, or it does not answer.
+TEST(ListBlackBox, AMissingDdcValueSaysWhy) {
+    using nlohmann::json;
+    Home home;
+    json world = json::parse(readFile(fixture("laptopAndExternal.json")));
+    world["displays"][1]["ddc"]["vcp"].erase("0x62");
+    writeFile(home / "world.json", world.dump());
+    world["displays"][1]["ddc"]["answers"] = false;
+    writeFile(home / "silent.json", world.dump());
+    for (const auto& [file, missing] :
+         {std::pair{"world.json", json{{"volume", "unsupported code"}}},
+          std::pair{"silent.json", json{{"brightness", "no reply"},
+                                        {"contrast", "no reply"},
+                                        {"volume", "no reply"}}}}) {
+        auto run = runToEnd(home, {"--simulate=" + (home / file).string(), "--list", "--json"}, {},
+                            /*errorsApart=*/true);
+        ASSERT_EQ(run.status, 0) << run.error;
+        const json listing = json::parse(run.output, nullptr, false);
+        ASSERT_FALSE(listing.is_discarded()) << run.output;
+        EXPECT_EQ(listing["displays"][1]["ddcMissing"], missing) << file;
+        EXPECT_EQ(listing["displays"][1]["ddc"]["volume"], nullptr);
+    }
+    const auto text = runToEnd(home, {"--simulate=" + (home / "world.json").string(), "--list"});
+    EXPECT_TRUE(contains(text.output, " volume (unsupported code)")) << text.output;
 }
 
 TEST(ListBlackBox, BrokenWorldFileGivesOneErrorLineAndStatusTwo) {

@@ -90,6 +90,24 @@ DdcCounters DDCService::counters() {
     return counters_;
 }
 
+std::string describe(const DdcReading& reading) {
+    switch (reading.status) {
+        case DdcReading::Status::ok:
+            return {};
+        case DdcReading::Status::unsupported:
+            return "unsupported code";
+        case DdcReading::Status::noReply:
+            return "no reply";
+        case DdcReading::Status::invalidReply:
+            return "invalid reply: " + reading.fault;
+        case DdcReading::Status::busBusy:
+            return "bus busy";
+        case DdcReading::Status::noAccess:
+            return "no access";
+    }
+    return {};
+}
+
 const char* describe(DdcWriteStatus status) {
     switch (status) {
         case DdcWriteStatus::ok:

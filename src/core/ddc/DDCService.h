@@ -33,6 +33,10 @@ struct DdcReading {
     std::string fault;
 };
 
+// Why a reading has no value: "unsupported code", "no reply", "invalid reply: <fault>",
+// "bus busy", "no access"; empty when it has one.
+[[nodiscard]] std::string describe(const DdcReading& reading);
+
 // How a write went. DDC/CI has no answer to a write: the monitor taking the bytes on the bus
 // is all there is to know.
 enum class DdcWriteStatus {
