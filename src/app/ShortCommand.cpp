@@ -5,70 +5,21 @@
 #include <optional>
 #include <utility>
 
+#include "model/CommandTable.h"
+
 namespace lumora::app {
 
 namespace {
 
-// How one word after the command becomes query items.
-enum class Place {
-    item,      // the word is the value of `key`
-    size,      // WIDTHxHEIGHT: "width" and "height"
-    sizeRate,  // WIDTHxHEIGHT@HZ, the refresh optional: also "hz"
-    density,   // "hidpi" or "lodpi" (any other word is taken as it is) for "hidpi"
-};
-
-struct Slot {
-    std::string_view shown;  // in the synopsis
-    Place place;
-    std::string_view key;  // for Place::item
-};
-
-constexpr Slot kDisplay{"DISPLAY", Place::item, "display"};
-constexpr Slot kValue{"VALUE", Place::item, "value"};
-constexpr Slot kOn{"on|off", Place::item, "on"};
-constexpr Slot kDensity{"hidpi|lodpi", Place::density, "hidpi"};
-constexpr std::size_t kMostSlots = 3;
-
-struct Grammar {
-    std::string_view command;
-    std::array<std::optional<Slot>, kMostSlots> slots;
-};
-
-const Grammar kGrammars[] = {
-    {"hidpi", {kDisplay, kOn}},
-    {"brightness", {kDisplay, kValue}},
-    {"brightness-up", {kDisplay}},
-    {"brightness-down", {kDisplay}},
-    {"connect", {kDisplay, kOn}},
-    {"disconnect", {kDisplay}},
-    {"main", {kDisplay}},
-    {"mode", {kDisplay, Slot{"WIDTHxHEIGHT[@HZ]", Place::sizeRate, {}}, kDensity}},
-    {"dim", {kDisplay, kValue}},
-    {"ddc", {kDisplay, Slot{"VCP", Place::item, "vcp"}, kValue}},
-    {"sleep-displays", {}},
-    {"virtual",
-     {Slot{"WIDTHxHEIGHT", Place::size, {}}, Slot{"NAME", Place::item, "name"}, kDensity}},
-    {"status", {}},
-    {"panel", {kOn}},
-    {"adaptive",
-     {Slot{"off|sync|sensor|schedule", Place::item, "value"},
-      Slot{"LATITUDE", Place::item, "latitude"}, Slot{"LONGITUDE", Place::item, "longitude"}}},
-};
+using Place = CommandWord::Place;
 
 // The multiplication sign reads as well as an "x" between the sides.
 constexpr std::string_view kTimes = "\u00D7";
 
 using Items = std::vector<std::pair<std::string, std::string>>;
 
-const Grammar* grammarOf(std::string_view command) {
-    for (const Grammar& g : kGrammars) {
-        if (g.command == command) return &g;
-    }
-    return nullptr;
-}
-
-bool knowsKey(const Grammar& grammar, std::string_view key) {
-    for (const auto& slot : grammar.slots) {
+bool knowsKey(const CommandSpec& spec, std::string_view key) {
+    for (const auto& slot : spec.words) {
         if (!slot) continue;
         switch (slot->place) {
             case Place::item:
@@ -106,7 +57,7 @@ void addSize(Items& items, std::string_view word, bool withRate) {
     if (at != std::string_view::npos) items.emplace_back("hz", std::string(rest.substr(at + 1)));
 }
 
-void addSlot(Items& items, const Slot& slot, const std::string& word) {
+void addSlot(Items& items, const CommandWord& slot, const std::string& word) {
     switch (slot.place) {
         case Place::item:
             items.emplace_back(slot.key, word);
@@ -151,23 +102,23 @@ ShortCommand shortCommandUrl(const std::vector<std::string>& words) {
     }
     const std::string& command = words.front();
     out.url = "lumora://" + percentEncoded(command);
-    const Grammar* grammar = grammarOf(command);
-    if (!grammar) return out;  // the agent refuses it and logs the name
+    const CommandSpec* spec = findCommand(command);
+    if (!spec) return out;  // the agent refuses it and logs the name
 
     Items items;
     std::size_t next = 0;
     for (auto word = words.begin() + 1; word != words.end(); ++word) {
         const std::size_t equals = word->find('=');
         if (equals != std::string::npos &&
-            knowsKey(*grammar, std::string_view(*word).substr(0, equals))) {
+            knowsKey(*spec, std::string_view(*word).substr(0, equals))) {
             items.emplace_back(word->substr(0, equals), word->substr(equals + 1));
             continue;
         }
-        if (next == kMostSlots || !grammar->slots[next]) {
+        if (next == CommandSpec::kMostWords || !spec->words[next]) {
             out.error = "too many words for " + command + ": " + *word;
             return out;
         }
-        addSlot(items, *grammar->slots[next++], *word);
+        addSlot(items, *spec->words[next++], *word);
     }
     char separator = '?';
     for (const auto& [key, value] : items) {
@@ -178,10 +129,10 @@ ShortCommand shortCommandUrl(const std::vector<std::string>& words) {
 }
 
 std::string shortCommandSynopsis(std::string_view command) {
-    const Grammar* grammar = grammarOf(command);
-    if (!grammar) return {};
+    const CommandSpec* spec = findCommand(command);
+    if (!spec) return {};
     std::string out(command);
-    for (const auto& slot : grammar->slots) {
+    for (const auto& slot : spec->words) {
         if (slot) out += " " + std::string(slot->shown);
     }
     return out;

@@ -8,7 +8,7 @@
 #include "AgentHarness.h"
 #include "CommandLine.h"
 #include "ShortCommand.h"
-#include "model/CommandDispatcher.h"
+#include "model/CommandTable.h"
 
 namespace lumora::test {
 namespace {
@@ -164,9 +164,10 @@ TEST(CliBlackBox, OneAgentServesShortCommandsStatusAndCompletionsAndRefusesASeco
         }
 
         auto commands = complete(home, shell, {""});
-        const auto known = CommandDispatcher::commands();
-        EXPECT_EQ(lines(commands.output), std::vector<std::string>(known.begin(), known.end()))
-            << commands.error;
+        std::vector<std::string> known;
+        for (const CommandSpec& c : commandTable())
+            known.emplace_back(c.name);
+        EXPECT_EQ(lines(commands.output), known) << commands.error;
 
         std::vector<std::string> displays = {
             "main", "builtin",        "cursor", "1",        "Built-in Retina Display",

@@ -1,12 +1,15 @@
 #include "model/CommandDispatcher.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "model/AppModel.h"
 #include "model/CaseFold.h"
 #include "model/CommandArguments.h"
+#include "model/CommandTable.h"
 
 namespace lumora {
 
@@ -40,32 +43,40 @@ struct CommandDispatcher::Call {
     std::function<void(Done)> finishLater;
 };
 
-const std::vector<CommandDispatcher::Entry>& CommandDispatcher::table() {
-    static const std::vector<Entry> entries = {
-        {"hidpi", &CommandDispatcher::hidpi},
-        {"brightness", &CommandDispatcher::brightness, Entry::Wait::itsDisplay},
-        {"brightness-up", &CommandDispatcher::brightnessStep, Entry::Wait::itsDisplay},
-        {"brightness-down", &CommandDispatcher::brightnessStep, Entry::Wait::itsDisplay},
-        {"connect", &CommandDispatcher::connect},
-        {"disconnect", &CommandDispatcher::disconnect},
-        {"main", &CommandDispatcher::main},
-        {"mode", &CommandDispatcher::mode},
-        {"dim", &CommandDispatcher::dim},
-        {"ddc", &CommandDispatcher::ddc, Entry::Wait::itsDisplay},
-        {"sleep-displays", &CommandDispatcher::sleepDisplays},
-        {"virtual", &CommandDispatcher::virtualScreen},
-        {"status", &CommandDispatcher::status, Entry::Wait::everyDisplay},
-        {"panel", &CommandDispatcher::panel},
-        {"adaptive", &CommandDispatcher::adaptive, Entry::Wait::everyDisplay},
-    };
-    return entries;
+namespace {
+
+template <class Handlers>
+constexpr bool inTableOrder(const Handlers& handlers) {
+    for (std::size_t i = 0; i < handlers.size(); ++i) {
+        if (handlers[i].first != kCommandTable[i].name) return false;
+    }
+    return true;
 }
 
-std::vector<std::string_view> CommandDispatcher::commands() {
-    std::vector<std::string_view> names;
-    for (const Entry& e : table())
-        names.push_back(e.name);
-    return names;
+}  // namespace
+
+CommandDispatcher::Handler CommandDispatcher::handler(std::size_t index) {
+    using D = CommandDispatcher;
+    static constexpr std::array<std::pair<std::string_view, Handler>, kCommandTable.size()>
+        kHandlers{{
+            {"hidpi", &D::hidpi},
+            {"brightness", &D::brightness},
+            {"brightness-up", &D::brightnessStep},
+            {"brightness-down", &D::brightnessStep},
+            {"connect", &D::connect},
+            {"disconnect", &D::disconnect},
+            {"main", &D::main},
+            {"mode", &D::mode},
+            {"dim", &D::dim},
+            {"ddc", &D::ddc},
+            {"sleep-displays", &D::sleepDisplays},
+            {"virtual", &D::virtualScreen},
+            {"status", &D::status},
+            {"panel", &D::panel},
+            {"adaptive", &D::adaptive},
+        }};
+    static_assert(inTableOrder(kHandlers), "one handler per command, in the table's order");
+    return kHandlers.at(index).second;
 }
 
 void CommandDispatcher::handleURL(std::string_view url, Done done) {
@@ -80,9 +91,8 @@ void CommandDispatcher::handleURL(std::string_view url, Done done) {
 
 void CommandDispatcher::handle(const std::string& command, const Query& query, Done done) {
     model_.refresh();  // names and states current before resolving
-    const auto entry = std::find_if(table().begin(), table().end(),
-                                    [&](const Entry& e) { return e.name == command; });
-    if (entry == table().end()) {
+    const CommandSpec* spec = findCommand(command);
+    if (!spec) {
         model_.log().write("url: unknown command " + escapeForLog(command));
         model_.writeStatus();
         if (done) done(CommandResult::nothing("unknown command: " + command));
@@ -96,35 +106,37 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
     if (call.display && named && !named->empty() && foldCase(*named) != "cursor") {
         model_.choose(*call.display);
     }
+    const auto index = static_cast<std::size_t>(spec - kCommandTable.data());
     // A command for no display has no scan of its own to wait for.
-    const bool waits = entry->wait == Entry::Wait::everyDisplay ||
-                       (entry->wait == Entry::Wait::itsDisplay && call.display);
+    using Wait = CommandSpec::Wait;
+    const bool waits =
+        spec->wait == Wait::everyDisplay || (spec->wait == Wait::itsDisplay && call.display);
     const std::optional<DisplayID> scanOf =
-        entry->wait == Entry::Wait::everyDisplay ? std::nullopt : call.display;
+        spec->wait == Wait::everyDisplay ? std::nullopt : call.display;
     if (!waits || !model_.ddc().scanning(scanOf)) {
-        run(&*entry, call, done);
+        run(index, call, done);
         return;
     }
     // The query and command are copied: the wait outlives this call.
     auto saved = std::make_shared<std::pair<std::string, Query>>(command, query);
-    model_.ddc().whenScanned(scanOf, [weak = model_.weak_from_this(), entry = &*entry, saved,
-                                      display = call.display, done] {
-        auto self = weak.lock();
-        if (!self) return;
-        Call later{saved->first,
-                   saved->second,
-                   onArgument(saved->second),
-                   levelArgument(saved->second),
-                   display,
-                   true,
-                   {}};
-        self->refresh();
-        self->dispatcher().run(entry, later, done);
-    });
+    model_.ddc().whenScanned(
+        scanOf, [weak = model_.weak_from_this(), index, saved, display = call.display, done] {
+            auto self = weak.lock();
+            if (!self) return;
+            Call later{saved->first,
+                       saved->second,
+                       onArgument(saved->second),
+                       levelArgument(saved->second),
+                       display,
+                       true,
+                       {}};
+            self->refresh();
+            self->dispatcher().run(index, later, done);
+        });
 }
 
-void CommandDispatcher::run(const Entry* entry, Call call, const Done& done) {
-    const CommandResult result = (this->*entry->handler)(call);
+void CommandDispatcher::run(std::size_t index, Call call, const Done& done) {
+    const CommandResult result = (this->*handler(index))(call);
     if (call.finishLater) {
         call.finishLater([weak = model_.weak_from_this(), writes = call.writesStatus,
                           done](const CommandResult& later) {

@@ -34,21 +34,13 @@ class CommandDispatcher {
     void handleURL(std::string_view url, Done done);
     void handle(const std::string& command, const Query& query, Done done);
 
-    // Every command the dispatcher knows, in the order of its table.
-    [[nodiscard]] static std::vector<std::string_view> commands();
-
   private:
     struct Call;
     using Handler = CommandResult (CommandDispatcher::*)(Call&);
-    struct Entry {
-        std::string_view name;
-        Handler handler;
-        // Which first DDC scan the command waits for.
-        enum class Wait { none, itsDisplay, everyDisplay } wait = Wait::none;
-    };
-    static const std::vector<Entry>& table();
+    // The handler of the command at `index` of the command table.
+    static Handler handler(std::size_t index);
 
-    void run(const Entry* entry, Call call, const Done& done);
+    void run(std::size_t index, Call call, const Done& done);
     [[nodiscard]] std::optional<DisplayID> display(const Call& call) const;
     // One log line and the outcome for a control this machine does not have.
     CommandResult unavailable(const Call& call, const std::string& what);
