@@ -18,8 +18,8 @@ constexpr std::string_view kTimes = "\u00D7";
 
 using Items = std::vector<std::pair<std::string, std::string>>;
 
-bool knowsKey(const CommandSpec& spec, std::string_view key) {
-    for (const auto& slot : spec.words) {
+bool knowsKey(const CommandSpec& entry, std::string_view key) {
+    for (const auto& slot : entry.words) {
         if (!slot) continue;
         switch (slot->place) {
             case Place::item:
@@ -102,23 +102,23 @@ ShortCommand shortCommandUrl(const std::vector<std::string>& words) {
     }
     const std::string& command = words.front();
     out.url = "lumora://" + percentEncoded(command);
-    const CommandSpec* spec = findCommand(command);
-    if (!spec) return out;  // the agent refuses it and logs the name
+    const CommandSpec* entry = findCommand(command);
+    if (!entry) return out;  // the agent refuses it and logs the name
 
     Items items;
     std::size_t next = 0;
     for (auto word = words.begin() + 1; word != words.end(); ++word) {
         const std::size_t equals = word->find('=');
         if (equals != std::string::npos &&
-            knowsKey(*spec, std::string_view(*word).substr(0, equals))) {
+            knowsKey(*entry, std::string_view(*word).substr(0, equals))) {
             items.emplace_back(word->substr(0, equals), word->substr(equals + 1));
             continue;
         }
-        if (next == CommandSpec::kMostWords || !spec->words[next]) {
+        if (next == CommandSpec::kMostWords || !entry->words[next]) {
             out.error = "too many words for " + command + ": " + *word;
             return out;
         }
-        addSlot(items, *spec->words[next++], *word);
+        addSlot(items, *entry->words[next++], *word);
     }
     char separator = '?';
     for (const auto& [key, value] : items) {
@@ -129,10 +129,10 @@ ShortCommand shortCommandUrl(const std::vector<std::string>& words) {
 }
 
 std::string shortCommandSynopsis(std::string_view command) {
-    const CommandSpec* spec = findCommand(command);
-    if (!spec) return {};
+    const CommandSpec* entry = findCommand(command);
+    if (!entry) return {};
     std::string out(command);
-    for (const auto& slot : spec->words) {
+    for (const auto& slot : entry->words) {
         if (slot) out += " " + std::string(slot->shown);
     }
     return out;

@@ -91,8 +91,8 @@ void CommandDispatcher::handleURL(std::string_view url, Done done) {
 
 void CommandDispatcher::handle(const std::string& command, const Query& query, Done done) {
     model_.refresh();  // names and states current before resolving
-    const CommandSpec* spec = findCommand(command);
-    if (!spec) {
+    const CommandSpec* entry = findCommand(command);
+    if (!entry) {
         model_.log().write("url: unknown command " + escapeForLog(command));
         model_.writeStatus();
         if (done) done(CommandResult::nothing("unknown command: " + command));
@@ -106,13 +106,13 @@ void CommandDispatcher::handle(const std::string& command, const Query& query, D
     if (call.display && named && !named->empty() && foldCase(*named) != "cursor") {
         model_.choose(*call.display);
     }
-    const auto index = static_cast<std::size_t>(spec - kCommandTable.data());
+    const auto index = static_cast<std::size_t>(entry - kCommandTable.data());
     // A command for no display has no scan of its own to wait for.
     using Wait = CommandSpec::Wait;
     const bool waits =
-        spec->wait == Wait::everyDisplay || (spec->wait == Wait::itsDisplay && call.display);
+        entry->wait == Wait::everyDisplay || (entry->wait == Wait::itsDisplay && call.display);
     const std::optional<DisplayID> scanOf =
-        spec->wait == Wait::everyDisplay ? std::nullopt : call.display;
+        entry->wait == Wait::everyDisplay ? std::nullopt : call.display;
     if (!waits || !model_.ddc().scanning(scanOf)) {
         run(index, call, done);
         return;

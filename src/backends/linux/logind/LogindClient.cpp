@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "dbus/BusNameWatch.h"
+
 namespace lumora::lx {
 
 namespace {
@@ -45,12 +47,7 @@ LogindClient::LogindClient(QDBusConnection bus, LogFunction log, std::string ses
                   (why.isEmpty() ? std::string("no bus connection") : why.toStdString()) + ")");
         return;
     }
-    watcher_ = std::make_unique<QDBusServiceWatcher>(kService, bus_,
-                                                     QDBusServiceWatcher::WatchForOwnerChange);
-    QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
-                     [this](const QString&, const QString&, const QString& owner) {
-                         ownerChanged(!owner.isEmpty());
-                     });
+    watcher_ = watchBusName(bus_, kService, [this](bool present) { ownerChanged(present); });
     // Ping also starts a logind that is only activatable.
     const LogindReply ping = call(kManagerPath, kPeerInterface, QStringLiteral("Ping"), {}, true);
     available_ = ping.ok;

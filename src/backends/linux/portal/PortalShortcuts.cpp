@@ -8,6 +8,7 @@
 #include <QDBusVariant>
 #include <utility>
 
+#include "dbus/BusNameWatch.h"
 #include "x11/KeyMap.h"
 
 // One shortcut as the portal's methods and signals carry it: (sa{sv}).
@@ -91,12 +92,7 @@ PortalShortcuts::PortalShortcuts(QDBusConnection bus, LogFunction log)
     changes_ = std::make_unique<LogindSignal>(
         bus_, kService, kPath, kInterface, QStringLiteral("ShortcutsChanged"),
         [this](const QDBusMessage& m) { reportTriggers(m.arguments().value(1)); });
-    watcher_ = std::make_unique<QDBusServiceWatcher>(kService, bus_,
-                                                     QDBusServiceWatcher::WatchForOwnerChange);
-    QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
-                     [this](const QString&, const QString&, const QString& owner) {
-                         ownerChanged(!owner.isEmpty());
-                     });
+    watcher_ = watchBusName(bus_, kService, [this](bool present) { ownerChanged(present); });
     createSession();
 }
 

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QVariantMap>
 
+#include "dbus/BusNameWatch.h"
+
 // ApplyMonitorsConfig's argument types: a(iiduba(ssa{sv})).
 struct MutterMonitorArg {
     QString connector;
@@ -340,14 +342,7 @@ bool MutterBus::applyAllowed() const {
 
 std::unique_ptr<QDBusServiceWatcher> MutterBus::watchOwner(
     std::function<void(bool present)> changed) {
-    auto watcher = std::make_unique<QDBusServiceWatcher>(kService, connection_,
-                                                         QDBusServiceWatcher::WatchForOwnerChange);
-    QObject::connect(
-        watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher.get(),
-        [changed = std::move(changed)](const QString&, const QString&, const QString& owner) {
-            changed(!owner.isEmpty());
-        });
-    return watcher;
+    return lx::watchBusName(connection_, kService, std::move(changed));
 }
 
 bool MutterBus::connectMonitorsChanged(QObject* receiver, const char* slot) {
